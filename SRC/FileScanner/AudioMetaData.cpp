@@ -1,0 +1,3 @@
+#include "FileScanner/AudioMetaData.h"
+
+AudioMetaData::~AudioMetaData() = default;

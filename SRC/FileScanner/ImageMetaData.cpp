@@ -1,0 +1,3 @@
+#include "FileScanner/ImageMetaData.h"
+
+ImageMetaData::~ImageMetaData() = default;

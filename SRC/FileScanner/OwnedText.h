@@ -1,0 +1,24 @@
+// The text member of the records and of the scanner.
+#pragma once
+
+namespace orx {
+
+// A terminated copy of a text, or null.  Readers hold on to the pointer they were given, so a value
+// that Set supersedes stays readable until the holder is destroyed; Replace gives it up at once.
+class OwnedText {
+ public:
+  OwnedText() = default;
+  ~OwnedText();
+  OwnedText(const OwnedText&) = delete;
+  OwnedText& operator=(const OwnedText&) = delete;
+
+  char* Get() const;
+  void Set(const char* text);      // null is ignored
+  void Replace(const char* text);  // null is ignored
+
+ private:
+  struct Node;
+  Node* newest_ = nullptr;
+};
+
+}  // namespace orx

@@ -1,0 +1,200 @@
+#include "FileScanner/SqlStatement.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace orx {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+
+bool IsDecimalNumber(const std::string& text) {
+  size_t i = !text.empty() && text[0] == '-' ? 1 : 0;
+  if (i == text.size()) return false;
+  for (; i < text.size(); ++i)
+    if (!IsDigit(text[i])) return false;
+  return true;
+}
+
+// "%f" of a finite value, with a decimal point whatever the locale.
+std::string SixDecimals(double value) {
+  char digits[std::numeric_limits<double>::max_exponent10 + 16];
+  const auto end =
+      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
+  return std::string(digits, end.ptr);
+}
+
+// The length of the conversion "%d", "%lld", "%s" ... at `text`, which begins with '%'.
+size_t ConversionLength(const char* text) {
+  size_t length = 1;
+  while (text[length] == 'l') ++length;
+  return length + 1;
+}
+
+}  // namespace
+
+bool IsPlainIdentifier(const char* name) {
+  if (name == nullptr || !IsLetter(*name)) return false;
+  while (IsLetter(*name) || IsDigit(*name)) ++name;
+  return *name == '\0';
+}
+
+SqlStatement& SqlStatement::Add(Kind kind, std::string text, long long number) {
+  values_.push_back({kind, std::move(text), number});
+  return *this;
+}
+
+SqlStatement& SqlStatement::Text(const char* value) {
+  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kText, value);
+}
+
+SqlStatement& SqlStatement::Int(long long value) {
+  return Add(Kind::kInt, std::to_string(value), value);
+}
+
+SqlStatement& SqlStatement::Unsigned(unsigned long long value) {
+  if (value <= static_cast<unsigned long long>(std::numeric_limits<long long>::max()))
+    return Int(static_cast<long long>(value));
+  return Add(Kind::kReal, std::to_string(value));  // too wide for SQLite's integers
+}
+
+SqlStatement& SqlStatement::Real(double value) {
+  return Add(Kind::kReal, SixDecimals(std::isfinite(value) ? value : 0.0));
+}
+
+SqlStatement& SqlStatement::Id(const char* value) {
+  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kId, value);
+}
+
+SqlStatement& SqlStatement::Name(const char* value) {
+  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kName, value);
+}
+
+// Calls visit(literal, length, value, quote) for each stretch of plain text and the value behind
+// it; `value` is null after the last stretch.  `quote` is the character around the value, 0 for
+// none; such quotes are part of no stretch.
+template <typename Visitor>
+void SqlStatement::VisitPattern(Visitor&& visit) const {
+  size_t next = 0;
+  const char* literal = pattern_;
+  for (const char* p = pattern_; *p != '\0';) {
+    if (*p != '%' || next >= values_.size()) {
+      ++p;
+      continue;
+    }
+    const size_t length = ConversionLength(p);
+    const char before = p > pattern_ ? p[-1] : '\0';
+    const bool quoted = (before == '"' || before == '\'') && p[length] == before;
+    visit(literal, static_cast<size_t>(p - literal) - (quoted ? 1 : 0), &values_[next++],
+          quoted ? before : '\0');
+    p += length + (quoted ? 1 : 0);
+    literal = p;
+  }
+  visit(literal, strlen(literal), static_cast<const Value*>(nullptr), '\0');
+}
+
+std::string SqlStatement::Printed() const {
+  std::string text;
+  VisitPattern([&text](const char* literal, size_t length, const Value* value, char quote) {
+    text.append(literal, length);
+    if (value == nullptr) return;
+    if (quote != '\0') text += quote;
+    text += value->text;
+    if (quote != '\0') text += quote;
+  });
+  return text;
+}
+
+bool SqlStatement::Compilable(std::string* sql, std::string* reason) const {
+  sql->clear();
+  reason->clear();
+  VisitPattern([sql, reason](const char* literal, size_t length, const Value* value, char quote) {
+    sql->append(literal, length);
+    if (value == nullptr) return;
+    switch (value->kind) {
+      case Kind::kText:
+        if (value->text.find(quote) != std::string::npos) *reason = "a value holds its own quote";
+        break;
+      case Kind::kId:
+        if (!IsDecimalNumber(value->text)) *reason = "an id is not a decimal number";
+        break;
+      case Kind::kName:
+        if (!IsPlainIdentifier(value->text.c_str())) *reason = "a name is not a plain identifier";
+        break;
+      case Kind::kMissing:
+        *reason = "a value is missing";
+        break;
+      case Kind::kInt:
+      case Kind::kReal:
+        break;
+    }
+    if (value->kind == Kind::kName) {
+      sql->append(value->text);
+    } else {
+      *sql += '?';
+    }
+  });
+  return reason->empty();
+}
+
+bool SqlStatement::BindTo(sqlite3_stmt* compiled) const {
+  int parameter = 0;
+  int code = SQLITE_OK;
+  for (const Value& value : values_) {
+    if (value.kind == Kind::kName) continue;
+    ++parameter;
+    switch (value.kind) {
+      case Kind::kInt:
+        code = sqlite3_bind_int64(compiled, parameter, value.number);
+        break;
+      case Kind::kText:
+      case Kind::kReal:  // every column that takes one has integer affinity, and converts the text
+        code = sqlite3_bind_text64(compiled, parameter, value.text.data(), value.text.size(),
+                                   SQLITE_STATIC, SQLITE_UTF8);
+        break;
+      case Kind::kId: {
+        long long number = 0;
+        const char* end = value.text.data() + value.text.size();
+        const auto parsed = std::from_chars(value.text.data(), end, number);
+        code = parsed.ec == std::errc()
+                   ? sqlite3_bind_int64(compiled, parameter, number)
+                   : sqlite3_bind_double(compiled, parameter,
+                                         std::strtod(value.text.c_str(), nullptr));
+        break;
+      }
+      case Kind::kName:
+      case Kind::kMissing:
+        break;
+    }
+    if (code != SQLITE_OK) return false;
+  }
+  return true;
+}
+
+sqlite3_stmt* StatementCache::Get(sqlite3* connection, const std::string& sql, int* code) {
+  if (connection != connection_) Clear();
+  connection_ = connection;
+  *code = SQLITE_OK;
+  const auto known = compiled_.find(sql);
+  if (known != compiled_.end()) return known->second;
+
+  sqlite3_stmt* compiled = nullptr;
+  *code = sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &compiled,
+                             nullptr);
+  if (*code != SQLITE_OK || compiled == nullptr) return nullptr;
+  compiled_.emplace(sql, compiled);
+  return compiled;
+}
+
+void StatementCache::Clear() {
+  for (const auto& entry : compiled_) sqlite3_finalize(entry.second);
+  compiled_.clear();
+  connection_ = nullptr;
+}
+
+}  // namespace orx

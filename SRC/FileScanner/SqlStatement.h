@@ -1,0 +1,94 @@
+// Statements of the media database: the text that the log shows, and the values that SQLite gets.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace orx {
+
+// One statement, built from a printf-like pattern and its values in order.
+//
+//   SqlStatement("select id from ObjectTable where FullPath = \"%s\"").Text(path)
+//   SqlStatement("delete from ImageTable where id=%s").Id(id)
+//   SqlStatement("select %s from  ImageTable where FullPath=\"%s\"").Name(column).Text(path)
+//
+// Values are bound, never pasted into what SQLite compiles.  The rules of the printed form hold all
+// the same: a text that contains the quote around its "%s" or '%s' makes the statement refused, an
+// unquoted Id must be a decimal number, a Name a plain identifier.
+class SqlStatement {
+ public:
+  explicit SqlStatement(const char* pattern) : pattern_(pattern) {}
+
+  SqlStatement& Text(const char* value);  // for a quoted %s; null makes the statement refused
+  SqlStatement& Text(const std::string& value) { return Text(value.c_str()); }
+  SqlStatement& TextOrBlank(const char* value) { return Text(value != nullptr ? value : " "); }
+  SqlStatement& Int(long long value);                // for %d, %ld, %lld, quoted or not
+  SqlStatement& Unsigned(unsigned long long value);  // for %llu
+  SqlStatement& Real(double value);                  // for %f; what is not finite becomes 0
+  SqlStatement& Id(const char* value);               // for an unquoted %s: a decimal number
+  SqlStatement& Name(const char* value);             // for an unquoted %s: a column or table name
+
+  // The statement as printed, for the log.
+  std::string Printed() const;
+  // The statement to compile, with "?" for every value but the names.  False, and `reason` set,
+  // when the statement is refused.
+  bool Compilable(std::string* sql, std::string* reason) const;
+  // Binds the values to a statement compiled from Compilable's text.
+  bool BindTo(sqlite3_stmt* compiled) const;
+
+ private:
+  enum class Kind { kText, kInt, kReal, kId, kName, kMissing };
+  struct Value {
+    Kind kind;
+    std::string text;  // as printed
+    long long number;  // of kInt
+  };
+  template <typename Visitor>
+  void VisitPattern(Visitor&& visit) const;
+  SqlStatement& Add(Kind kind, std::string text, long long number = 0);
+
+  const char* pattern_;
+  std::vector<Value> values_;
+};
+
+// The compiled statements of one connection, compiled once and used again.
+class StatementCache {
+ public:
+  StatementCache() = default;
+  ~StatementCache() { Clear(); }
+  StatementCache(const StatementCache&) = delete;
+  StatementCache& operator=(const StatementCache&) = delete;
+
+  // The compiled form of `sql`, reset and without values; null, with SQLite's code in `code`, when
+  // it does not compile.  Owned by the cache, valid until Clear.
+  sqlite3_stmt* Get(sqlite3* connection, const std::string& sql, int* code);
+  // Must come before the connection is closed.
+  void Clear();
+
+ private:
+  sqlite3* connection_ = nullptr;
+  std::unordered_map<std::string, sqlite3_stmt*> compiled_;
+};
+
+// Resets a statement, and with it releases its locks and values, at the end of its use.
+class StatementUse {
+ public:
+  explicit StatementUse(sqlite3_stmt* compiled) : compiled_(compiled) {}
+  ~StatementUse() {
+    sqlite3_reset(compiled_);
+    sqlite3_clear_bindings(compiled_);
+  }
+  StatementUse(const StatementUse&) = delete;
+  StatementUse& operator=(const StatementUse&) = delete;
+
+ private:
+  sqlite3_stmt* compiled_;
+};
+
+// Whether `name` is a plain identifier: letters, digits and '_', not beginning with a digit.
+bool IsPlainIdentifier(const char* name);
+
+}  // namespace orx

@@ -1,0 +1,121 @@
+#include "OSAL/ORXFSHandler.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "OSAL/ORXLog.h"
+
+namespace {
+
+void CopyBounded(char* to, size_t size, const char* text) {
+  const size_t length = strnlen(text, size - 1);
+  memcpy(to, text, length);
+  to[length] = '\0';
+}
+
+void SetTime(time_t when, ORXFSHandler::PTFile* entry) {
+  struct tm local = {};
+  if (localtime_r(&when, &local) == nullptr) return;
+  entry->year = local.tm_year + 1900;
+  entry->month = local.tm_mon + 1;
+  entry->day = local.tm_mday;
+  entry->hour = local.tm_hour;
+  entry->minute = local.tm_min;
+  entry->second = local.tm_sec;
+}
+
+// Opens `path` for reading and reads its status.  Never blocks, and refuses what is no file of
+// bytes: FIFOs, sockets, devices.
+bool OpensForReading(const char* path, struct stat64* status) {
+  if (path == nullptr) return false;
+  const int descriptor = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return false;
+  const bool known = fstat64(descriptor, status) == 0;
+  close(descriptor);
+  return known && (S_ISREG(status->st_mode) || S_ISDIR(status->st_mode));
+}
+
+}  // namespace
+
+ORXFSHandler::ORXFSHandler() : path_{}, directory_(nullptr) {}
+
+ORXFSHandler::~ORXFSHandler() {
+  if (directory_ != nullptr) closedir(directory_);
+}
+
+int ORXFSHandler::OpenDir(const char* path) {
+  if (path == nullptr) return 0;
+  DIR* opened = opendir(path);
+  if (opened == nullptr) return 0;
+  if (directory_ != nullptr) closedir(directory_);
+  directory_ = opened;
+  CopyBounded(path_, sizeof path_, path);
+  return 1;
+}
+
+int ORXFSHandler::CloseDir() {
+  if (directory_ == nullptr || closedir(directory_) != 0) return 0;
+  directory_ = nullptr;
+  path_[0] = '\0';
+  return 1;
+}
+
+int ORXFSHandler::Read(PTFile* entry) {
+  if (directory_ == nullptr || entry == nullptr) return 0;
+  struct dirent64* found = readdir64(directory_);
+  while (found != nullptr && found->d_name[0] == '.') found = readdir64(directory_);
+  if (found == nullptr) return 0;
+  CopyBounded(entry->name, sizeof entry->name, found->d_name);
+
+  char full[sizeof path_ + sizeof entry->name + 1];
+  snprintf(full, sizeof full, "%s/%s", path_, entry->name);
+  struct stat64 status = {};
+  if (stat64(full, &status) != 0) return 1;
+  entry->type = S_ISDIR(status.st_mode) ? 0 : 1;
+  entry->size = static_cast<uint32_t>(status.st_size);
+  SetTime(status.st_mtime, entry);
+  return 1;
+}
+
+int ORXFSHandler::CreateDir(const char* path) {
+  struct stat64 status = {};
+  if (path == nullptr || stat64(path, &status) == 0) return 0;
+  return mkdir(path, 0777) == 0 ? 1 : 0;
+}
+
+int ORXFSHandler::Remove(const char* path) {
+  return path != nullptr && IsDirectory(path) && rmdir(path) == 0 ? 1 : 0;
+}
+
+bool ORXFSHandler::IsDirectory(const char* path) {
+  struct stat64 status = {};
+  return path != nullptr && stat64(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool ORXFSHandler::IsValidFile(const char* path) {
+  struct stat64 status = {};
+  return OpensForReading(path, &status);
+}
+
+bool ORXFSHandler::IsValidFile(const char* path, unsigned int size) {
+  struct stat64 status = {};
+  if (!OpensForReading(path, &status)) return false;
+  return static_cast<uint64_t>(status.st_size) <= UINT32_MAX &&
+         static_cast<uint64_t>(status.st_size) == size;
+}
+
+bool ORXFSHandler::IsValidFile(const char* path, unsigned long size) {
+  struct stat64 status = {};
+  if (!OpensForReading(path, &status)) return false;
+  const auto actual = static_cast<uint64_t>(status.st_size);
+  if (actual <= UINT32_MAX && actual == size) return true;
+  ORX_LOG_INFO("[ORXFSHandler::IsValidFile] file[%s] size different! db[%lu] stat[%lld]", path,
+               size, static_cast<long long>(status.st_size));
+  return false;
+}

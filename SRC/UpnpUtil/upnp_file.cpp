@@ -1,0 +1,229 @@
+#include "UpnpUtil/upnp_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+constexpr int kReadBufferSize = 16 * 1024;
+
+// Waiting for the other end of a FIFO would hang the caller; on regular files the flag does
+// nothing.
+constexpr int kNeverBlock = O_NONBLOCK | O_CLOEXEC | O_LARGEFILE;
+
+void FillStatus(const struct stat64& from, st_UPNP_FILE_STAT* to) {
+  to->change_time = static_cast<int>(from.st_ctime);
+  to->modification_time = static_cast<int>(from.st_mtime);
+  to->access_time = static_cast<int>(from.st_atime);
+  to->size = from.st_size;
+  to->mode = from.st_mode;
+}
+
+bool HoldsBytes(mode_t mode) { return S_ISREG(mode) || S_ISDIR(mode); }
+
+// The handle's read buffer, null when it reads straight from the descriptor.
+st_UPNP_FILE_BUFFER* ReadBuffer(const st_UPNP_FILE* file) {
+  st_UPNP_FILE_BUFFER* head = file->buffers;
+  return head != nullptr && head->capacity > 0 ? head : nullptr;
+}
+
+// A buffer that cannot be had only makes reading slower.
+void AddReadBuffer(st_UPNP_FILE* file) {
+  auto* node = static_cast<st_UPNP_FILE_BUFFER*>(calloc(1, sizeof(st_UPNP_FILE_BUFFER)));
+  char* data = static_cast<char*>(malloc(kReadBufferSize));
+  if (node == nullptr || data == nullptr) {
+    free(node);
+    free(data);
+    return;
+  }
+  node->data = data;
+  node->capacity = kReadBufferSize;
+  node->next = file->buffers;
+  file->buffers = node;
+}
+
+// Takes over a fresh descriptor; null (and the descriptor closed) when it is none to work with.
+st_UPNP_FILE* MakeHandle(int descriptor, bool sized) {
+  struct stat64 status = {};
+  const bool known = descriptor >= 0 && fstat64(descriptor, &status) == 0;
+  const bool usable = descriptor > 0 && (!known || HoldsBytes(status.st_mode));
+  auto* file = usable ? static_cast<st_UPNP_FILE*>(calloc(1, sizeof(st_UPNP_FILE))) : nullptr;
+  if (file == nullptr) {
+    if (descriptor >= 0) close_file(descriptor);
+    return nullptr;
+  }
+  file->descriptor = descriptor;
+  if (sized) file->size = known ? static_cast<long long>(status.st_size) : -1;
+  return file;
+}
+
+// Copies what the buffer holds of [position, position + length).
+int CopyFromBuffer(const st_UPNP_FILE_BUFFER* buffer, long long position, char* to, int length) {
+  const long long skip = position - buffer->start;
+  if (skip < 0 || skip >= buffer->used) return 0;
+  const int count = static_cast<int>(std::min<long long>(length, buffer->used - skip));
+  memcpy(to, buffer->data + skip, static_cast<size_t>(count));
+  return count;
+}
+
+// Bytes now in the buffer from `position` on; 0 at the end of the file, -1 on failure.
+int FillBuffer(int descriptor, long long position, st_UPNP_FILE_BUFFER* buffer) {
+  buffer->start = position;
+  buffer->used = 0;
+  const ssize_t count = pread64(descriptor, buffer->data, static_cast<size_t>(buffer->capacity),
+                                static_cast<off64_t>(position));
+  if (count > 0) buffer->used = static_cast<int>(count);
+  return static_cast<int>(count);
+}
+
+int ReadBuffered(const st_UPNP_FILE* file, st_UPNP_FILE_BUFFER* buffer, char* to, int length) {
+  int done = 0;
+  while (done < length) {
+    const long long position = file->position + done;
+    const int copied = CopyFromBuffer(buffer, position, to + done, length - done);
+    if (copied > 0) {
+      done += copied;
+      continue;
+    }
+    const int left = length - done;
+    const bool large = left >= buffer->capacity;  // a large piece goes straight to the caller
+    const int count =
+        large ? static_cast<int>(pread64(file->descriptor, to + done, static_cast<size_t>(left),
+                                         static_cast<off64_t>(position)))
+              : FillBuffer(file->descriptor, position, buffer);
+    if (count < 0) return done > 0 ? done : -1;
+    if (count == 0) break;
+    if (large) done += count;
+  }
+  return done;
+}
+
+// A buffered handle keeps its own position, so seeking in it needs no system call.
+long long SeekBuffered(const st_UPNP_FILE* file, long long offset, int whence) {
+  long long base = 0;
+  if (whence == SEEK_CUR) {
+    base = file->position;
+  } else if (whence == SEEK_END) {
+    struct stat64 status = {};
+    if (fstat64(file->descriptor, &status) != 0) return -1;
+    base = status.st_size;
+  } else if (whence != SEEK_SET) {
+    return -1;
+  }
+  if (offset > 0 && base > std::numeric_limits<long long>::max() - offset) return -1;
+  const long long target = base + offset;
+  return target < 0 ? -1 : target;
+}
+
+}  // namespace
+
+int open_read(const char* path) {
+  return path == nullptr ? -1 : open64(path, O_RDONLY | kNeverBlock);
+}
+
+int open_write(const char* path) {
+  return path == nullptr ? -1 : open64(path, O_WRONLY | O_CREAT | kNeverBlock, 0600);
+}
+
+int open_append(const char* path) {
+  return path == nullptr ? -1 : open64(path, O_RDWR | O_APPEND | kNeverBlock, 0600);
+}
+
+int close_file(int descriptor) { return close(descriptor); }
+
+st_UPNP_FILE* upnp_file_open_read(const char* path) {
+  if (path == nullptr) return nullptr;
+  st_UPNP_FILE* file = MakeHandle(open_read(path), true);
+  if (file != nullptr) AddReadBuffer(file);
+  return file;
+}
+
+st_UPNP_FILE* upnp_file_open_append(const char* path) {
+  return path == nullptr ? nullptr : MakeHandle(open_append(path), true);
+}
+
+st_UPNP_FILE* upnp_file_open_write(const char* path) {
+  return path == nullptr ? nullptr : MakeHandle(open_write(path), false);
+}
+
+void upnp_file_close(st_UPNP_FILE* file) {
+  if (file == nullptr) return;
+  if (file->descriptor > 0) close_file(file->descriptor);
+  for (st_UPNP_FILE_BUFFER* node = file->buffers; node != nullptr;) {
+    st_UPNP_FILE_BUFFER* next = node->next;
+    free(node->data);
+    free(node);
+    node = next;
+  }
+  free(file);
+}
+
+int upnp_file_read(st_UPNP_FILE* file, void* buffer, int length) {
+  if (file == nullptr || buffer == nullptr || length < 0) return -1;
+  st_UPNP_FILE_BUFFER* cache = ReadBuffer(file);
+  const int count =
+      cache != nullptr
+          ? ReadBuffered(file, cache, static_cast<char*>(buffer), length)
+          : static_cast<int>(read(file->descriptor, buffer, static_cast<size_t>(length)));
+  if (count > 0) file->position += count;
+  return count;
+}
+
+int upnp_file_write(st_UPNP_FILE* file, const void* buffer, int length) {
+  if (file == nullptr || buffer == nullptr || length < 0) return -1;
+  return static_cast<int>(write(file->descriptor, buffer, static_cast<size_t>(length)));
+}
+
+long long upnp_file_seek(st_UPNP_FILE* file, long long offset, int whence) {
+  if (file == nullptr) return -1;
+  const long long result = ReadBuffer(file) != nullptr ? SeekBuffered(file, offset, whence)
+                                                       : lseek64(file->descriptor, offset, whence);
+  if (result != -1) file->position = result;
+  return result;
+}
+
+int upnp_file_eof(st_UPNP_FILE* file) {
+  if (file == nullptr) return 1;
+  return upnp_file_seek(file, 0, SEEK_CUR) >= file->size ? 1 : 0;
+}
+
+char* upnp_file_gets(char* buffer, int length, st_UPNP_FILE* file) {
+  if (buffer == nullptr) return nullptr;
+  if (length > 0) memset(buffer, 0, static_cast<size_t>(length));
+  if (file == nullptr) return nullptr;
+  for (int i = 0; i < length; ++i) {
+    if (upnp_file_read(file, buffer + i, 1) <= 0) {
+      buffer[i] = '\0';
+      break;
+    }
+    if (buffer[i] == '\n') break;
+  }
+  return buffer;
+}
+
+int upnp_file_stat(const char* path, st_UPNP_FILE_STAT* status) {
+  if (path == nullptr || status == nullptr) return -1;
+  struct stat64 found = {};
+  if (stat64(path, &found) != 0) return -1;
+  FillStatus(found, status);
+  return 0;
+}
+
+int upnp_file_mkdir(const char* path) { return path == nullptr ? -1 : mkdir(path, 0777); }
+
+int upnp_file_unlink(const char* path) { return path == nullptr ? -1 : unlink(path); }
+
+void upnp_file_find_close(st_UPNP_FINDFILE* find) {
+  if (find == nullptr) return;
+  if (find->directory != nullptr) closedir(find->directory);
+  free(find->text1);
+  free(find->text2);
+  free(find->text3);
+  free(find);
+}
