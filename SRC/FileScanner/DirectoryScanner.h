@@ -16,6 +16,7 @@ class FileParserFramework;
 class ImageMetaData;
 class MediaFileInfos;
 class MediaMetaData;
+class ORXFSHandler;
 class VideoMetaData;
 
 // The default list of protocolInfo entries that a server is able to serve.
@@ -152,12 +153,31 @@ class ORX_API DirectoryScanner {
   static DirectoryScanner* singleInstance;
 
  private:
-  // A directory on the way from the scan's root to where the walk stands.
-  struct OpenDirectory {
+  struct DirectoryIdentity {
     unsigned long long device;
     unsigned long long inode;
   };
 
+  // Notes a directory as open while its walk lasts, and tells whether it was open already: a link
+  // can lead back to a directory above it.
+  class OpenDirectoryMark {
+   public:
+    OpenDirectoryMark(DirectoryScanner* scanner, const char* dir);
+    ~OpenDirectoryMark();
+    OpenDirectoryMark(const OpenDirectoryMark&) = delete;
+    OpenDirectoryMark& operator=(const OpenDirectoryMark&) = delete;
+    bool isOwnAncestor() const { return isOwnAncestor_; }
+
+   private:
+    DirectoryScanner* scanner_;
+    bool isOwnAncestor_ = false;
+    bool added_ = false;
+  };
+
+  char* FindOrAddDirectory(const char* dir, const char* parentId, int* status);
+  void ScanEntries(ORXFSHandler* handler, const char* dir, const char* id, int* status);
+  int HandleParsedFile(MediaMetaData* record, const char* parentId, const char* name);
+
   orx::OwnedText profileLists_;
-  std::vector<OpenDirectory> openDirectories_;
+  std::vector<DirectoryIdentity> openDirectories_;  // from the scan's root to where it stands
 };

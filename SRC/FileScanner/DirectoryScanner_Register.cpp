@@ -1,0 +1,218 @@
+// The registration of files: each becomes a metadata record, and the record becomes rows.
+#include <cstdio>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DirectoryScanner.h"
+#include "FileScanner/ExtensionList.h"
+#include "FileScanner/FileInfomation.h"
+#include "FileScanner/FileParserFramework.h"
+#include "FileScanner/ImageMetaData.h"
+#include "FileScanner/VideoMetaData.h"
+#include "OSAL/ORXLog.h"
+#include "OSAL/TextPtr.h"
+#include "OSAL/UniqueValueGenerator.h"
+
+namespace {
+
+constexpr unsigned kImage = 1;
+constexpr unsigned kVideo = 3;
+constexpr int kFailed = -1;
+constexpr char kTopDirectory[] = "0";
+constexpr size_t kDateSize = 16;  // of the buffer behind __ExtractFileSizeAndDateFromName
+
+void SetUri(MediaMetaData* record, char* name) {
+  const orx::TextPtr owned(name);
+  record->SetURI(owned.get());
+}
+
+// The registrations that take everything from the platform differ in the pictures they accept and
+// in what they log.  A null message is not logged.
+struct PlatformRegistration {
+  const char* const* imageExtensions;
+  const char* noSizeMessage;
+  const char* noMemoryMessage;
+  const char* noExtensionMessage;
+  const char* unsupportedMessage;
+  const char* failedMessage;
+};
+
+const PlatformRegistration kObjectOnlyRegistration = {
+    &JPEG_Extension, nullptr,
+    nullptr,         "\n[DirectoryScanner::HandleFile] [%s] is not a valid file with extension \n",
+    nullptr,         "[DirectoryScanner::HandleFileXQ] Media file [%s] parsing failed.\n",
+};
+
+const PlatformRegistration kBackupRegistration = {
+    &PC_JPEG_Extension,
+    "[DirectoryScanner::HandleFileAutoBackup] Failed to extract date and size [%s]\n",
+    "[DirectoryScanner::HandleFileAutoBackup] Failed to create FileInfo instance [%s] \n",
+    "\n[DirectoryScanner::HandleFileAutoBackup] [%s] is not a valid file with extension \n",
+    "[DirectoryScanner::HandleFileAutoBackup] Media file [%s] parsing failed.. Unsupported "
+    "Extension \n",
+    "[DirectoryScanner::HandleFileAutoBackup] Media file [%s] parsing failed.\n",
+};
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+// `message` is one of the texts above, with one place for `name`.
+int Refuse(const char* message, const char* name) {
+  if (message != nullptr) ORX_LOG_INFO(message, name != nullptr ? name : "");
+  return 0;
+}
+#pragma GCC diagnostic pop
+
+// A new record of the kind that the extension names, from the platform; null for any other kind.
+std::unique_ptr<MediaMetaData> PlatformRecord(DirectoryScanner* scanner, const char* images,
+                                              const std::string& extension, const char* fullPath,
+                                              bool* supported) {
+  std::unique_ptr<MediaMetaData> record;
+  *supported = true;
+  if (orx::ListHasExtension(images, extension.c_str())) {
+    record.reset(scanner->__ExtractImageMetadata());
+    if (record == nullptr) return record;
+    record->SetMimeType("image/jpeg");
+    record->SetType(kImage);
+    record->SetDLNAProfile("DLNA_LRG");
+  } else if (orx::ListHasExtension(MP4_Extension, extension.c_str())) {
+    record.reset(scanner->__ExtractVideoMetadata(fullPath));
+    if (record == nullptr) return record;
+    record->SetMimeType("video/mp4");
+    record->SetType(kVideo);
+    record->SetDLNAProfile("*");
+  } else {
+    *supported = false;
+  }
+  return record;
+}
+
+// What HandleFileXQ and HandleFileAutoBackup do; `sortIndex` becomes decimal text.
+int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& kind,
+                         const char* dir, const char* parentId, const char* name,
+                         const char* fullPath, int dcfIndex, int sortIndex, int fileType) {
+  long long size = 0;
+  char date[kDateSize] = {};
+  if (scanner->__ExtractFileSizeAndDateFromName(fullPath, &size, date) == 0)
+    return Refuse(kind.noSizeMessage, fullPath);
+
+  const std::unique_ptr<FileInfomation> file(
+      new (std::nothrow) FileInfomation(dir, name, fullPath, dcfIndex, sortIndex, fileType));
+  if (file == nullptr) return Refuse(kind.noMemoryMessage, name);
+  if (file->GetExtension() == nullptr) return Refuse(kind.noExtensionMessage, name);
+
+  bool supported = false;
+  const std::unique_ptr<MediaMetaData> record =
+      PlatformRecord(scanner, *kind.imageExtensions, orx::LowerCaseExtension(file->GetExtension()),
+                     fullPath, &supported);
+  if (!supported) return Refuse(kind.unsupportedMessage, name);
+  if (record == nullptr) return Refuse(kind.failedMessage, name);
+
+  record->SetEXT(file->GetExtension());
+  record->SetFullPath(fullPath);
+  const orx::TextPtr title(MediaMetaData::GetTitleFromFullPath(fullPath));
+  record->SetTitle(title.get());
+  record->SetDate(date);
+  record->SetSize(size);
+  record->SetSortIndex(std::to_string(sortIndex).c_str());
+  record->SetDirectoryID(parentId);
+  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT(),
+                                                                           record->GetSortIndex()));
+  scanner->InsertItemInObjectTable(record.get());
+  return 1;
+}
+
+}  // namespace
+
+int DirectoryScanner::HandleFile(const char* dir, const char* parentId, const char* name,
+                                 const char* fullPath) {
+  std::unique_ptr<MediaMetaData> record;
+  {
+    const FileInfomation file(dir, name, fullPath);
+    record.reset(_GetFMParserFramework()->HandleFile(&file));
+  }
+  if (record == nullptr) {
+    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Media file [%s] parsing failed", name);
+    return 0;
+  }
+  if (CheckMediaFileForDLNAContent(record.get()) == 0) {
+    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Unsupported media file [%s]", name);
+    return 0;
+  }
+  record->SetDirectoryID(parentId);
+  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT()));
+  InsertItem(record.get());
+  return 1;
+}
+
+int DirectoryScanner::HandleFile2(const char* dir, const char* parentId, const char* name,
+                                  const char* fullPath, int dcfIndex, int sortIndex, int fileType) {
+  std::unique_ptr<MediaMetaData> record;
+  {
+    const FileInfomation file(dir, name, fullPath, dcfIndex, sortIndex, fileType);
+    record.reset(_GetFMParserFramework()->HandleFile2(&file));
+  }
+  if (record == nullptr) {
+    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Media file [%s] parsing failed.\n", name);
+    return 0;
+  }
+  if (CheckMediaFileForDLNAContent(record.get()) == 0) {
+    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Unsupported media file [%s]\n", name);
+    return 0;
+  }
+  record->SetDirectoryID(parentId);
+  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT(),
+                                                                           record->GetSortIndex()));
+  InsertItem2(record.get());
+  return 1;
+}
+
+int DirectoryScanner::HandleFileXQ(const char* dir, const char* parentId, const char* name,
+                                   const char* fullPath, int dcfIndex, int sortIndex,
+                                   int fileType) {
+  return RegisterFromPlatform(this, kObjectOnlyRegistration, dir, parentId, name, fullPath,
+                              dcfIndex, sortIndex, fileType);
+}
+
+int DirectoryScanner::HandleFileAutoBackup(const char* dir, const char* parentId, const char* name,
+                                           const char* fullPath, int dcfIndex, int sortIndex,
+                                           int fileType) {
+  return RegisterFromPlatform(this, kBackupRegistration, dir, parentId, name, fullPath, dcfIndex,
+                              sortIndex, fileType);
+}
+
+int DirectoryScanner::ParseAndRegisterFile(const char* dbPath, const char* fullPath,
+                                           const char* parent) {
+  if (fullPath == nullptr) return kFailed;
+  const std::string path(fullPath);
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return kFailed;
+
+  std::unique_ptr<MediaMetaData> record;
+  {
+    const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, fullPath);
+    ORX_LOG_INFO("[DirectoryScanner::ParseAndRegisterFile] File [%s]", fullPath);
+    record.reset(_GetFMParserFramework()->HandleFile(&file));
+  }
+  if (CheckMediaFileForDLNAContent(record.get()) == 0) return kFailed;
+
+  DataBaseMgr* database = DataBaseMgr::GetInstance();
+  if (database->OpenDB(dbPath) == 0) {
+    DataBaseMgr::DestroyInstance();
+    return kFailed;
+  }
+  if (parent == nullptr) {
+    record->SetDirectoryID(kTopDirectory);
+    database->InsertMetaData(record.get());
+  } else {
+    SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT()));
+    if (database->UpdateDBForNewItem(record.get(), parent) == 0) {
+      DataBaseMgr::DestroyInstance();
+      ORX_LOG_INFO("File [%s] failed to register", fullPath);
+      return kFailed;
+    }
+  }
+  DataBaseMgr::DestroyInstance();
+  return static_cast<int>(record->GetType());
+}
