@@ -1,9 +1,9 @@
 // Durations and dates as text, and back.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <initializer_list>
 #include <limits>
 
 #include "UpnpUtil/GmtNameClock.h"
