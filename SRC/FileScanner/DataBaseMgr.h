@@ -25,6 +25,7 @@ class MediaMetaData;
 class VideoMetaData;
 
 namespace orx {
+struct ResultRows;
 class SqlStatement;
 class StatementCache;
 }  // namespace orx
@@ -144,7 +145,7 @@ class ORX_API DataBaseMgr {
 
   // ---- Reconciliation (DataBaseMgr_Reconcile.cpp, DataBaseMgr_DcfPurge.cpp) ----
   void InvalidateAllItemsInDB(const char* directoryPath);
-  void DeleteInvalidatedItemInDB(int* result);  // sets *result to 1 when a stale row was found
+  void DeleteInvalidatedItemInDB(int* foundStale);  // sets it to 1 when a stale row was found
   void DeleteInvalidItemsInDB(const char* directoryPath);
   void deleteInvalidItemsInDBDcf(const char* directoryPath);
   void deleteInvalidItemsFromAutoBackupDB(const char* directoryPath);
@@ -199,9 +200,16 @@ class ORX_API DataBaseMgr {
   // Run a statement built from the library's own text and bound values.
   int Run(const orx::SqlStatement& statement);
   int Query(const orx::SqlStatement& statement);
+  orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
   void LogFailedStatement(const char* sql, int code, const char* message);
   bool Cancelled() const { return bInvalidateAllItemsCancelFlag != 0; }
   TChar* FirstCell(const orx::SqlStatement& statement);
+  std::string ContainerIdForPath(const char* path);  // empty when there is none
+
+  // The walks behind the reconciliation.
+  class InvalidateWalk;
+  class PurgeWalk;
+  class DcfPurge;
 
   std::unique_ptr<orx::StatementCache> statements_;
 

@@ -15,6 +15,12 @@ struct TableLayout {
 constexpr int kBackupMode = 6;
 constexpr int kObjectOnlyMode = 8;
 
+// Values of the class column.
+constexpr int kContainerClass = 0;  // a directory
+constexpr int kImageClass = 1;
+constexpr int kAudioClass = 2;
+constexpr int kVideoClass = 3;
+
 extern const TableLayout kObjectTable;            // every other mode, beside the tables below
 extern const TableLayout kObjectTableObjectOnly;  // kObjectOnlyMode
 extern const TableLayout kObjectTableBackup;      // kBackupMode

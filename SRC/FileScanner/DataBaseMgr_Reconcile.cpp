@@ -1,0 +1,225 @@
+// Marking and removing what is stale, and the purge of a directory tree against the file system.
+//
+// Both walks go down the container rows, whose children name them as their parent.  They keep the
+// way down in a list of their own, so that the depth of a tree costs no stack, and walk a container
+// once: rows that lead back to a container already walked end there.
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DataBaseSchema.h"
+#include "FileScanner/ResultRows.h"
+#include "FileScanner/SqlStatement.h"
+#include "OSAL/ORXAString.h"
+#include "OSAL/ORXFSHandler.h"
+#include "OSAL/ORXLog.h"
+#include "OSAL/ORXMemory.h"
+
+using orx::ResultRows;
+using orx::SqlStatement;
+
+namespace {
+
+struct FreeText {
+  void operator()(TChar* text) const { ORXMemory::Free(text); }
+};
+
+// A container of a walk, with its children and the next one to look at.
+struct OpenContainer {
+  std::string path;
+  ResultRows children;
+  int next = 0;
+};
+
+// The way from the top of a walk down to where it is.
+class WayDown {
+ public:
+  bool empty() const { return open_.empty(); }
+  OpenContainer& back() { return open_.back(); }
+  void Enter(std::string path, ResultRows children) {
+    open_.push_back({std::move(path), std::move(children), 0});
+  }
+  void Leave() { open_.pop_back(); }
+  bool FirstVisit(const std::string& id) { return visited_.insert(id).second; }
+
+ private:
+  std::vector<OpenContainer> open_;
+  std::unordered_set<std::string> visited_;
+};
+
+// The part of `path` before its last '/'.
+std::string DirectoryPart(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+// Whether the directory can be opened now.
+bool DirectoryOpens(const char* path) {
+  ORXFSHandler files;
+  return files.OpenDir(path) != 0;
+}
+
+}  // namespace
+
+ResultRows DataBaseMgr::Fetch(const SqlStatement& statement) {
+  ResultRows fetched;
+  fetched.ok = Query(statement) == 1;
+  fetched.rows = nRows;
+  fetched.columns = nColumns;
+  fetched.cells.swap(vdata);
+  return fetched;
+}
+
+std::string DataBaseMgr::ContainerIdForPath(const char* path) {
+  const std::unique_ptr<TChar, FreeText> id(GetUniqueIdForPath(path));
+  return id != nullptr ? std::string(id.get()) : std::string();
+}
+
+// ---- marking -----------------------------------------------------------------------------------
+
+class DataBaseMgr::InvalidateWalk {
+ public:
+  explicit InvalidateWalk(DataBaseMgr* database) : database_(*database) {}
+
+  void Run(const char* directoryPath) {
+    Enter(directoryPath);
+    while (!way_.empty()) {
+      OpenContainer& here = way_.back();
+      if (here.next == here.children.rows || database_.Cancelled()) {
+        way_.Leave();
+        continue;
+      }
+      const int row = here.next++;
+      const std::string path = here.children.Text(row, kFullPath);
+      if (here.children.Integer(row, kClass) == orx::kContainerClass) {
+        Enter(path.c_str());
+      } else {
+        Mark(path.c_str());
+      }
+    }
+  }
+
+ private:
+  enum Column { kClass, kFullPath };
+
+  void Mark(const char* path) {
+    database_.Run(
+        SqlStatement("update ObjectTable set Valid = %d where FullPath=\"%s\"").Int(1).Text(path));
+  }
+
+  void Enter(const char* path) {
+    Mark(path);
+    const std::string id = database_.ContainerIdForPath(path);
+    if (id.empty() || !way_.FirstVisit(id)) return;
+    ResultRows children = database_.Fetch(
+        SqlStatement("select class,FullPath from ObjectTable where parentID = \"%s\"").Text(id));
+    if (!children.ok) return;
+    ORX_LOG_INFO("InvalidateAllItemsInDB() Start!!!");
+    way_.Enter(path, std::move(children));
+  }
+
+  DataBaseMgr& database_;
+  WayDown way_;
+};
+
+void DataBaseMgr::InvalidateAllItemsInDB(const char* directoryPath) {
+  if (directoryPath != nullptr) InvalidateWalk(this).Run(directoryPath);
+}
+
+// ---- removing what is marked -------------------------------------------------------------------
+
+void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
+  const ResultRows stale = Fetch(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
+  if (stale.cells.empty()) return;
+  if (foundStale != nullptr) *foundStale = 1;
+  for (int row = 0; row < stale.rows && !Cancelled(); ++row) {
+    // The second column is the class in the full layout only; in the backup layout it is the title,
+    // and what its leading digits say counts.
+    const size_t id = static_cast<size_t>(row) * static_cast<size_t>(stale.columns);
+    if (id + 1 >= stale.cells.size()) return;
+    RemoveIdFromTables(stale.cells[id].c_str(), ORXAString::Integer(stale.cells[id + 1].c_str()));
+  }
+}
+
+// ---- the purge of a directory tree -------------------------------------------------------------
+
+class DataBaseMgr::PurgeWalk {
+ public:
+  explicit PurgeWalk(DataBaseMgr* database) : database_(*database) {}
+
+  void Run(const char* directoryPath) {
+    Enter(directoryPath);
+    while (!way_.empty()) {
+      OpenContainer& here = way_.back();
+      if (here.next == here.children.rows) {
+        way_.Leave();
+      } else if (database_.Cancelled()) {
+        ORX_LOG_INFO("[DataBaseMgr::DeleteInvalidItemsInDB] break in DeleteInvalidItemsInDB");
+        way_.Leave();
+      } else {
+        Check(here.next++);
+      }
+    }
+  }
+
+ private:
+  enum Column { kClass, kFullPath, kId };
+
+  // A directory that is gone loses its row; what hangs under the row is checked all the same.
+  void Enter(const char* path) {
+    const std::string id = database_.ContainerIdForPath(path);
+    if (id.empty() || !way_.FirstVisit(id)) return;
+    if (!DirectoryOpens(path)) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
+    ResultRows children = database_.Fetch(
+        SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
+            .Text(id));
+    if (children.rows > 0) way_.Enter(path, std::move(children));
+  }
+
+  void Check(int row) {
+    const OpenContainer& here = way_.back();
+    const std::string path = here.children.Text(row, kFullPath);
+    const int mediaClass = here.children.Integer(row, kClass);
+    if (mediaClass == orx::kContainerClass) {
+      Enter(path.c_str());
+      return;
+    }
+    uint32_t size = 0;
+    if (!RecordedSize(path, mediaClass, &size)) {
+      way_.Leave();  // without the media table nothing in this directory can be checked
+      return;
+    }
+    if (!files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) ||
+        DirectoryPart(path) != here.path)
+      database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
+  }
+
+  // The size in bytes from the media row, 0 when there is none.  False when the query failed.
+  bool RecordedSize(const std::string& path, int mediaClass, uint32_t* size) {
+    if (mediaClass == orx::kImageClass) {
+      const ResultRows image = database_.Fetch(
+          SqlStatement("select size from ImageTable where FullPath = \"%s\"").Text(path));
+      if (image.rows > 0) *size = static_cast<uint32_t>(image.Integer(0, 0));
+      return image.ok;
+    }
+    if (mediaClass == orx::kVideoClass) {
+      const ResultRows video = database_.Fetch(
+          SqlStatement("select size from VideoTable where FullPath = \"%s\"").Text(path));
+      if (video.rows > 0) *size = video.Size(0, 0);
+      return video.ok;
+    }
+    return true;
+  }
+
+  DataBaseMgr& database_;
+  ORXFSHandler files_;
+  WayDown way_;
+};
+
+void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {
+  if (directoryPath != nullptr) PurgeWalk(this).Run(directoryPath);
+}
