@@ -202,6 +202,14 @@ class ORX_API DataBaseMgr {
   int Query(const orx::SqlStatement& statement);
   orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
   void LogFailedStatement(const char* sql, int code, const char* message);
+  // What one reading of the platform's list carries from file to file.
+  struct SharedFileWalk {
+    std::string directoryName;  // of the last entry
+    int unsupported = 0;        // files left out so far
+    int companions = 0;         // files listed beside another so far
+  };
+  void AddSharedFile(int index, char* uri, SharedFileWalk* walk);
+
   bool Cancelled() const { return bInvalidateAllItemsCancelFlag != 0; }
   TChar* FirstCell(const orx::SqlStatement& statement);
   std::string ContainerIdForPath(const char* path);  // empty when there is none

@@ -63,6 +63,10 @@ class ORX_API DcfFileInfoVector {
   DcfFileInfoVector() = default;
   ~DcfFileInfoVector() = default;
 
+  bool ReadFiles(int start, int total);
+  bool AddFile(int index, const char* uri);
+  void DropOldestFiles();
+
   std::string currentDirName_;
   std::vector<int> vDirNum;
   std::vector<int> vDirFileNum;
