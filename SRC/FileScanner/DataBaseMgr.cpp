@@ -7,6 +7,7 @@
 #include <string>
 
 #include "FileScanner/DataBaseSchema.h"
+#include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
@@ -27,46 +28,57 @@ struct IndexedColumn {
   const char* table;
   const char* column;
 };
-constexpr IndexedColumn kObjectIndexes[] = {{"ObjectTable", "FullPath"},
-                                            {"ObjectTable", "parentID"}};
-constexpr IndexedColumn kMediaIndexes[] = {
-    {"AudioTable", "FullPath"}, {"VideoTable", "FullPath"}, {"ImageTable", "FullPath"}};
+constexpr IndexedColumn kIndexedColumns[] = {{"ObjectTable", "FullPath"},
+                                             {"ObjectTable", "parentID"},
+                                             {"AudioTable", "FullPath"},
+                                             {"VideoTable", "FullPath"},
+                                             {"ImageTable", "FullPath"}};
+
+// A table of the database with the label under which its statement is logged.
+struct LabelledTable {
+  const char* label;
+  const orx::TableLayout& layout;
+};
+const LabelledTable kObjectOnlyTables[] = {{"object", orx::kObjectTableObjectOnly}};
+const LabelledTable kBackupTables[] = {{"object", orx::kObjectTableBackup}};
+const LabelledTable kAllTables[] = {{"object", orx::kObjectTable},
+                                    {"container", orx::kContainerTable},
+                                    {"audio", orx::kAudioTable},
+                                    {"video", orx::kVideoTable},
+                                    {"image", orx::kImageTable}};
+
+constexpr char kNotOpen[] = "no database is open";
 
 std::string BoundedText(const char* text, size_t size) {
   return std::string(text, strnlen(text, size));
 }
 
-// Values in double quotes are texts, whatever SQLite was built to think of them.
-void AllowDoubleQuotedText(sqlite3* connection) {
-  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
-  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 1, nullptr);
-}
-
-int OpenConnection(const char* fileName, sqlite3** connection) {
-  const int code = sqlite3_open(fileName, connection);
-  if (code == SQLITE_OK) {
-    AllowDoubleQuotedText(*connection);
-  } else {
-    sqlite3_close(*connection);
-    *connection = nullptr;
-  }
-  return code;
-}
-
-void CreateTable(DataBaseMgr* database, const char* label, const orx::TableLayout& table) {
+int CreateTable(DataBaseMgr* database, const char* label, const orx::TableLayout& table) {
   char* sql = GetCreatTblSqlStmt(table.name, table.count, table.columns);
   if (sql != nullptr) ORX_LOG_INFO("%s :\n%s\n", label, sql);
-  database->ExecSqlStatmentNoValueReturn(sql);
+  const int created = database->ExecSqlStatmentNoValueReturn(sql);
   ORXMemory::Free(sql);
+  return created;
 }
 
-template <size_t kCount>
-void CreateIndexes(DataBaseMgr* database, const IndexedColumn (&columns)[kCount]) {
-  for (const IndexedColumn& indexed : columns) {
-    const std::string sql = std::string("create index ") + indexed.table + "_" + indexed.column +
-                            " on " + indexed.table + " (" + indexed.column + ");";
+void CreateIndexes(DataBaseMgr* database, const char* table) {
+  for (const IndexedColumn& indexed : kIndexedColumns) {
+    if (strcmp(indexed.table, table) != 0) continue;
+    const std::string sql = std::string("create index ") + table + "_" + indexed.column + " on " +
+                            table + " (" + indexed.column + ");";
     database->ExecSqlStatmentNoValueReturn(sql.c_str());
   }
+}
+
+// A failing statement does not stop the rest.  Indexes come after all the tables, and only for
+// those that are new.
+template <size_t kCount>
+void CreateAll(DataBaseMgr* database, const LabelledTable (&tables)[kCount]) {
+  bool created[kCount];
+  for (size_t i = 0; i < kCount; ++i)
+    created[i] = CreateTable(database, tables[i].label, tables[i].layout) == 1;
+  for (size_t i = 0; i < kCount; ++i)
+    if (created[i]) CreateIndexes(database, tables[i].layout.name);
 }
 
 }  // namespace
@@ -104,12 +116,15 @@ void DataBaseMgr::DestroyInstance() {
 DataBaseMgr::DataBaseMgr() : statements_(std::make_unique<orx::StatementCache>()) {}
 
 DataBaseMgr::~DataBaseMgr() {
-  statements_->Clear();
-  if (ppDataBase != nullptr) {
-    sqlite3_close(ppDataBase);
-    ppDataBase = nullptr;
-  }
+  CloseDatabase();
   bInvalidateAllItemsCancelFlag = 0;
+}
+
+// A statement that another instance compiled keeps the connection alive until it is done with it.
+void DataBaseMgr::CloseDatabase() {
+  statements_->Clear();
+  sqlite3_close_v2(ppDataBase);
+  ppDataBase = nullptr;
 }
 
 int DataBaseMgr::OpenDB(const char* fileName) {
@@ -121,7 +136,7 @@ int DataBaseMgr::OpenDB(const char* fileName) {
   if (sqlite3_close(ppDataBase) != SQLITE_OK)
     ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
   ppDataBase = nullptr;
-  if (exists) return OpenConnection(fileName, &ppDataBase) == SQLITE_OK ? 1 : 0;
+  if (exists) return orx::OpenConnection(fileName, &ppDataBase) == SQLITE_OK ? 1 : 0;
 
   if (CreateDbmsSystem(fileName) == 1) return 1;
   ORX_LOG_INFO("[DataBaseMgr::OpenDB] CreateDbmsSystem failed");
@@ -136,7 +151,8 @@ int DataBaseMgr::CreateDbmsSystem(const char* fileName) {
 
 int DataBaseMgr::CreateDB(const char* fileName) {
   if (fileName == nullptr) return 0;
-  const int code = OpenConnection(fileName, &ppDataBase);
+  CloseDatabase();
+  const int code = orx::OpenConnection(fileName, &ppDataBase);
   if (code == SQLITE_OK) return 1;
   ORX_LOG_ERROR("[DataBaseMgr::CreateDB] sqlite3_open error = [%d]", code);
   return 0;
@@ -145,21 +161,10 @@ int DataBaseMgr::CreateDB(const char* fileName) {
 void DataBaseMgr::CreateTables() {
   const int mode = GetTandemixMode();
   ORX_LOG_INFO("[DataBaseMgr::CreateTables] DLNA Mode type - %d\n", mode);
-  if (mode == orx::kObjectOnlyMode || mode == orx::kBackupMode) {
-    CreateTable(this, "object",
-                mode == orx::kBackupMode ? orx::kObjectTableBackup : orx::kObjectTableObjectOnly);
-    CreateIndexes(this, kObjectIndexes);
-    return;
-  }
-
+  if (mode == orx::kObjectOnlyMode) return CreateAll(this, kObjectOnlyTables);
+  if (mode == orx::kBackupMode) return CreateAll(this, kBackupTables);
   printf("---> TANDEMIXMode = %d \n", GetTandemixMode());
-  CreateTable(this, "object", orx::kObjectTable);
-  CreateTable(this, "container", orx::kContainerTable);
-  CreateTable(this, "audio", orx::kAudioTable);
-  CreateTable(this, "video", orx::kVideoTable);
-  CreateTable(this, "image", orx::kImageTable);
-  CreateIndexes(this, kObjectIndexes);
-  CreateIndexes(this, kMediaIndexes);
+  CreateAll(this, kAllTables);
 }
 
 void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* message) {
@@ -173,7 +178,7 @@ void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* mess
 int DataBaseMgr::ExecSqlStatmentNoValueReturn(const char* sql) {
   if (sql == nullptr) return 0;
   if (ppDataBase == nullptr) {
-    LogFailedStatement(sql, SQLITE_MISUSE, "no database is open");
+    LogFailedStatement(sql, SQLITE_MISUSE, kNotOpen);
     return 0;
   }
   char* message = nullptr;
@@ -185,95 +190,83 @@ int DataBaseMgr::ExecSqlStatmentNoValueReturn(const char* sql) {
 }
 
 int DataBaseMgr::ExecSqlStatment(const char* sql) {
-  vcol_head.clear();
-  vdata.clear();
-  nRows = 0;
-  nColumns = 0;
-  nLastResult = SQLITE_MISUSE;
-  if (sql == nullptr || ppDataBase == nullptr) return 0;
-
-  char** cells = nullptr;
-  char* message = nullptr;
-  nLastResult = sqlite3_get_table(ppDataBase, sql, &cells, &nRows, &nColumns, &message);
-  sqlite3_free(message);
-  const std::unique_ptr<char*, FreeTable> table(cells);
-  if (nLastResult != SQLITE_OK || cells == nullptr) return nLastResult == SQLITE_OK ? 1 : 0;
-
-  const size_t columns = static_cast<size_t>(nColumns);
-  const size_t total = columns * (static_cast<size_t>(nRows) + 1);
-  for (size_t i = 0; i < total; ++i) {
-    const char* cell = cells[i] != nullptr ? cells[i] : "";
-    (i < columns ? vcol_head : vdata).emplace_back(cell);
-  }
-  return 1;
+  return orx::FetchTable(ppDataBase, sql, Result());
 }
 
 // Does for a statement with bound values what ExecSqlStatmentNoValueReturn does for a text.
 int DataBaseMgr::Run(const orx::SqlStatement& statement) {
   std::string sql;
   std::string reason;
-  int code = SQLITE_ERROR;
-  if (ppDataBase == nullptr) {
-    code = SQLITE_MISUSE;
-    reason = "no database is open";
-  } else if (statement.Compilable(&sql, &reason)) {
-    if (sqlite3_stmt* compiled = statements_->Get(ppDataBase, sql, &code); compiled != nullptr) {
-      const orx::StatementUse use(compiled);
-      code = SQLITE_ERROR;
-      if (statement.BindTo(compiled)) {
-        do {
-          code = sqlite3_step(compiled);
-        } while (code == SQLITE_ROW);
-      }
-      if (code == SQLITE_DONE) return 1;
-      code = sqlite3_errcode(ppDataBase);
-    }
-    reason = sqlite3_errmsg(ppDataBase);
+  if (ppDataBase == nullptr || !statement.Compilable(&sql, &reason)) {
+    LogRefusedStatement(statement.Printed(), reason);
+    return 0;
   }
-  LogFailedStatement(statement.Printed().c_str(), code, reason.c_str());
+  int code = SQLITE_OK;
+  if (sqlite3_stmt* compiled = statements_->Get(ppDataBase, sql, &code); compiled != nullptr) {
+    const orx::StatementUse use(compiled);
+    if (statement.BindTo(compiled)) {
+      do {
+        code = sqlite3_step(compiled);
+      } while (code == SQLITE_ROW);
+      if (code == SQLITE_DONE) return 1;
+    }
+    code = sqlite3_errcode(ppDataBase);
+  }
+  LogFailedStatement(statement.Printed().c_str(), code, sqlite3_errmsg(ppDataBase));
   return 0;
+}
+
+// Says what SQLite thinks of the printed text, which is compiled for that and never run; the text
+// may be one that it would take, and then the reason of the refusal is given.
+void DataBaseMgr::LogRefusedStatement(const std::string& printed, const std::string& reason) {
+  if (ppDataBase == nullptr) return LogFailedStatement(printed.c_str(), SQLITE_MISUSE, kNotOpen);
+  sqlite3_stmt* compiled = nullptr;
+  const int code = sqlite3_prepare_v2(ppDataBase, printed.c_str(), -1, &compiled, nullptr);
+  if (code != SQLITE_OK) {
+    LogFailedStatement(printed.c_str(), code, sqlite3_errmsg(ppDataBase));
+  } else {
+    LogFailedStatement(printed.c_str(), SQLITE_ERROR, reason.c_str());
+  }
+  sqlite3_finalize(compiled);
+}
+
+orx::QueryResult DataBaseMgr::Result() {
+  return {&nLastResult, &nRows, &nColumns, &vcol_head, &vdata};
 }
 
 // Does for a statement with bound values what ExecSqlStatment does for a text.
 int DataBaseMgr::Query(const orx::SqlStatement& statement) {
-  vcol_head.clear();
-  vdata.clear();
-  nRows = 0;
-  nColumns = 0;
-  nLastResult = SQLITE_ERROR;
+  orx::ClearResult(Result(), ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
   std::string sql;
   std::string reason;
-  if (ppDataBase == nullptr) nLastResult = SQLITE_MISUSE;
   if (ppDataBase == nullptr || !statement.Compilable(&sql, &reason)) return 0;
   sqlite3_stmt* compiled = statements_->Get(ppDataBase, sql, &nLastResult);
   if (compiled == nullptr) return 0;
 
   const orx::StatementUse use(compiled);
-  nLastResult = SQLITE_ERROR;
-  if (!statement.BindTo(compiled)) return 0;
-  while ((nLastResult = sqlite3_step(compiled)) == SQLITE_ROW) {
-    const int columns = sqlite3_column_count(compiled);
-    for (int i = 0; i < columns; ++i) {
-      if (nRows == 0) vcol_head.emplace_back(sqlite3_column_name(compiled, i));
-      const auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(compiled, i));
-      vdata.emplace_back(cell != nullptr ? cell : "");
-    }
-    nColumns = columns;
-    ++nRows;
+  int code = SQLITE_ERROR;
+  if (statement.BindTo(compiled))
+    while ((code = sqlite3_step(compiled)) == SQLITE_ROW) AddRow(compiled);
+  if (code != SQLITE_DONE) {
+    orx::ClearResult(Result(), code);
+    return 0;
   }
-  if (nLastResult == SQLITE_DONE) {
-    nLastResult = SQLITE_OK;
-    return 1;
+  nLastResult = SQLITE_OK;
+  return 1;
+}
+
+void DataBaseMgr::AddRow(sqlite3_stmt* row) {
+  nColumns = sqlite3_column_count(row);
+  for (int i = 0; i < nColumns; ++i) {
+    if (nRows == 0) vcol_head.emplace_back(sqlite3_column_name(row, i));
+    const auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(row, i));
+    vdata.emplace_back(cell != nullptr ? cell : "");
   }
-  vcol_head.clear();
-  vdata.clear();
-  nRows = 0;
-  nColumns = 0;
-  return 0;
+  ++nRows;
 }
 
 void DataBaseMgr::DropTable(const TChar* tableName) {
-  Run(orx::SqlStatement("Drop table %s").Name(tableName));
+  if (tableName != nullptr) Run(orx::SqlStatement("Drop table %s").Name(tableName));
 }
 
 int DataBaseMgr::DestroyTables() {

@@ -25,6 +25,7 @@ class MediaMetaData;
 class VideoMetaData;
 
 namespace orx {
+struct QueryResult;
 struct ResultRows;
 class SqlStatement;
 class StatementCache;
@@ -192,16 +193,18 @@ class ORX_API DataBaseMgr {
   std::atomic<int> bInvalidateAllItemsCancelFlag{0};
 
  private:
-  // A result table of SQLite's that releases itself.
-  struct FreeTable {
-    void operator()(char** cells) const { sqlite3_free_table(cells); }
-  };
-
   // Run a statement built from the library's own text and bound values.
   int Run(const orx::SqlStatement& statement);
   int Query(const orx::SqlStatement& statement);
   orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
   void LogFailedStatement(const char* sql, int code, const char* message);
+  void LogRefusedStatement(const std::string& printed, const std::string& reason);
+  orx::QueryResult Result();       // the members that a query fills
+  void AddRow(sqlite3_stmt* row);  // to them
+  void CloseDatabase();
+  void InsertInBothTables(MediaMetaData* record,
+                          int (DataBaseMgr::*insertPhoto)(const MediaMetaData*));
+  int InsertObject(const orx::SqlStatement& insert, MediaMetaData* record);
   // What one reading of the platform's list carries from file to file.
   struct SharedFileWalk {
     std::string directoryName;  // of the last entry

@@ -1,0 +1,55 @@
+#include "FileScanner/SqlConnection.h"
+
+namespace orx {
+namespace {
+
+// Values in double quotes are texts, whatever SQLite was built to think of them.
+void AllowDoubleQuotedText(sqlite3* connection) {
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 1, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 1, nullptr);
+}
+
+}  // namespace
+
+int OpenConnection(const char* fileName, sqlite3** connection) {
+  const int code = sqlite3_open(fileName, connection);
+  if (code == SQLITE_OK) {
+    AllowDoubleQuotedText(*connection);
+  } else {
+    sqlite3_close(*connection);
+    *connection = nullptr;
+  }
+  return code;
+}
+
+void ClearResult(const QueryResult& result, int code) {
+  *result.code = code;
+  *result.rows = 0;
+  *result.columns = 0;
+  result.names->clear();
+  result.cells->clear();
+}
+
+int FetchTable(sqlite3* connection, const char* sql, const QueryResult& result) {
+  char** raw = nullptr;
+  int code = SQLITE_MISUSE;
+  int rows = 0;
+  int columns = 0;
+  if (connection != nullptr && sql != nullptr)
+    code = sqlite3_get_table(connection, sql, &raw, &rows, &columns, nullptr);
+  const RawTable table(raw);
+  ClearResult(result, code);
+  *result.rows = rows;
+  *result.columns = columns;
+  if (code != SQLITE_OK || table == nullptr) return code == SQLITE_OK ? 1 : 0;
+
+  const size_t width = static_cast<size_t>(columns);
+  const size_t total = width * (static_cast<size_t>(rows) + 1);  // the header is the first row
+  for (size_t i = 0; i < total; ++i) {
+    const char* cell = raw[i] != nullptr ? raw[i] : "";
+    (i < width ? result.names : result.cells)->emplace_back(cell);
+  }
+  return 1;
+}
+
+}  // namespace orx
