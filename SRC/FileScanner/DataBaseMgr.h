@@ -117,7 +117,7 @@ class ORX_API DataBaseMgr {
   int RemoveIdFromTables(const char* id, int mediaClass);
   void RemoveIdFromObjectTable(const char* id);
   void RemoveDIRfromObjTableInDB(const char* directoryPath);
-  void RemoveDIRfromDB(const char* directoryPath, int* result);
+  void RemoveDIRfromDB(const char* directoryPath, int* foundStale);  // sets it to 1, as below
 
   // ---- Lookups (DataBaseMgr_Lookups.cpp): a new text, or null when no row has the path ----
   TChar* GetImageElementForPathFromObjTable(const char* path, const char* column);

@@ -1,5 +1,7 @@
 #include "FileScanner/DataBaseSchema.h"
 
+#include "FileScanner/MediaMetaData.h"
+
 namespace orx {
 namespace {
 
@@ -131,6 +133,8 @@ constexpr TableLayout Layout(const char* name, const TableColumn (&columns)[kCou
 }
 
 }  // namespace
+
+int MediaClassOf(const MediaMetaData& record) { return static_cast<int>(record.GetType()); }
 
 const TableLayout kObjectTableObjectOnly = Layout("ObjectTable", kObjectTableObjectOnlyColumns);
 const TableLayout kObjectTableBackup = Layout("ObjectTable", kObjectTableBackupColumns);

@@ -20,6 +20,7 @@ constexpr int kContainerClass = 0;  // a directory
 constexpr int kImageClass = 1;
 constexpr int kAudioClass = 2;
 constexpr int kVideoClass = 3;
+int MediaClassOf(const MediaMetaData& record);  // the record's type, as the column holds it
 
 extern const TableLayout kObjectTable;            // every other mode, beside the tables below
 extern const TableLayout kObjectTableObjectOnly;  // kObjectOnlyMode
