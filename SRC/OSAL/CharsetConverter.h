@@ -21,7 +21,7 @@ class CharsetConverter {
 
   // Converts up to `*inLeft` bytes, moving all four along.  False when the converter stopped before
   // the end of the input: malformed or incomplete text, or no room.
-  bool Convert(const char** in, size_t* inLeft, char** out, size_t* outLeft) {
+  bool Convert(const char** in, size_t* inLeft, char** out, size_t* outLeft) const {
     return iconv(handle_, const_cast<char**>(in), inLeft, out, outLeft) != static_cast<size_t>(-1);
   }
 
@@ -30,10 +30,10 @@ class CharsetConverter {
 };
 
 // Whether every byte of the text is plain ASCII, which all the character sets here share.
-inline bool IsAscii(const char* text, size_t length) {
-  for (size_t i = 0; i < length; ++i)
-    if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
-  return true;
-}
+bool IsAscii(const char* text, size_t length);
+
+// Converts `length` bytes into a new, terminated text with room for `room` bytes, released with
+// free.  Null when there is no such converter, memory runs out or any part cannot be converted.
+char* ConvertWhole(const char* to, const char* from, const char* text, size_t length, size_t room);
 
 }  // namespace orx

@@ -1,7 +1,6 @@
 #include "OSAL/StringUtiltiy.h"
 
 #include <cctype>
-#include <cstdlib>
 #include <cstring>
 
 #include "OSAL/CharsetConverter.h"
@@ -24,19 +23,5 @@ char* StringUtiltiy::GetUtf8FromMultiByteStr(char* text) {
   if (text == nullptr) return nullptr;
   const size_t length = strlen(text);
   if (orx::IsAscii(text, length)) return ORXCString::DupCopy(text);  // nearly every file name
-
-  orx::CharsetConverter converter("UTF-8", "EUC-KR");
-  if (!converter.ok()) return nullptr;
-  const size_t room = 2 * length;
-  char* result = static_cast<char*>(calloc(room + 1, 1));
-  if (result == nullptr) return nullptr;
-  const char* in = text;
-  size_t inLeft = length;
-  char* out = result;
-  size_t outLeft = room;
-  if (!converter.Convert(&in, &inLeft, &out, &outLeft)) {
-    free(result);
-    return nullptr;
-  }
-  return result;
+  return orx::ConvertWhole("UTF-8", "EUC-KR", text, length, 2 * length);
 }

@@ -4,20 +4,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "UpnpUtil/upnp_util.h"
 #include "support/TempDir.h"
+#include "support/Text.h"
 
 namespace {
 
-// The text behind `owned`, which is released; "(null)" for null.
-std::string Taken(char* owned) {
-  const std::unique_ptr<char, void (*)(void*)> text(owned, free);
-  return text != nullptr ? text.get() : "(null)";
-}
+using orx_test::Taken;
 
 std::string Title(const char* path) { return Taken(upnp_build_title_from_filename(path)); }
 

@@ -5,15 +5,11 @@
 #include <string>
 
 #include "UpnpUtil/upnp_util.h"
+#include "support/Text.h"
 
 namespace {
 
-// A text on the heap that ends where it ends, so that the sanitizer sees a read past it.
-std::unique_ptr<char[]> Exact(const std::string& text) {
-  auto copy = std::make_unique<char[]>(text.size() + 1);
-  text.copy(copy.get(), text.size());
-  return copy;
-}
+using orx_test::Exact;
 
 std::string HexText(long v) {
   const auto text = std::make_unique<char[]>(9);

@@ -1,18 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "UpnpUtil/upnp_util.h"
+#include "support/Text.h"
 
 namespace {
 
-// The text behind `owned`, which is released; "(null)" for null.
-std::string Taken(char* owned) {
-  const std::unique_ptr<char, void (*)(void*)> text(owned, free);
-  return text != nullptr ? text.get() : "(null)";
-}
+using orx_test::Taken;
 
 std::string Base64(const char* text) { return Taken(string_to_base64(text)); }
 

@@ -2,18 +2,15 @@
 
 #include <climits>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "UpnpUtil/GmtNameClock.h"
 #include "UpnpUtil/upnp_util.h"
+#include "support/Text.h"
 
 namespace {
 
-std::string DurationText(long ms) {
-  const std::unique_ptr<char, void (*)(void*)> text(upnp_duration_to_string(ms), free);
-  return text.get();
-}
+std::string DurationText(long ms) { return orx_test::Taken(upnp_duration_to_string(ms)); }
 
 std::string FormattedTime(long ms) {
   char text[64];
