@@ -4,7 +4,6 @@
 // way down in a list of their own, so that the depth of a tree costs no stack, and walk a container
 // once: rows that lead back to a container already walked end there.
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -17,16 +16,12 @@
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
-#include "OSAL/ORXMemory.h"
+#include "OSAL/TextPtr.h"
 
 using orx::ResultRows;
 using orx::SqlStatement;
 
 namespace {
-
-struct FreeText {
-  void operator()(TChar* text) const { ORXMemory::Free(text); }
-};
 
 // A container of a walk, with its children and the next one to look at.
 struct OpenContainer {
@@ -75,7 +70,7 @@ ResultRows DataBaseMgr::Fetch(const SqlStatement& statement) {
 }
 
 std::string DataBaseMgr::ContainerIdForPath(const char* path) {
-  const std::unique_ptr<TChar, FreeText> id(GetUniqueIdForPath(path));
+  const orx::TextPtr id(GetUniqueIdForPath(path));
   return id != nullptr ? std::string(id.get()) : std::string();
 }
 

@@ -3,24 +3,18 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/SqlStatement.h"
 #include "OSAL/ORXLog.h"
-#include "OSAL/ORXMemory.h"
+#include "OSAL/TextPtr.h"
 
 using orx::SqlStatement;
 
 namespace {
 
 constexpr int kMaxBackupElements = 1000;
-
-struct FreeText {
-  void operator()(TChar* text) const { ORXMemory::Free(text); }
-};
-using OwnedTChar = std::unique_ptr<TChar, FreeText>;
 
 // Copies as much as fits; the rest of the field is zero.
 template <size_t kSize>
@@ -31,7 +25,7 @@ void CopyToField(char (&field)[kSize], const char* text) {
 
 // Null when memory runs out.
 BackupClassElement* NewBackupElement(const char* path) {
-  const OwnedTChar title(DataBaseMgr::GetTitleFromFullPath(path));
+  const orx::TextPtr title(DataBaseMgr::GetTitleFromFullPath(path));
   if (title == nullptr) return nullptr;
   auto* element = static_cast<BackupClassElement*>(malloc(sizeof(BackupClassElement)));
   if (element == nullptr) return nullptr;

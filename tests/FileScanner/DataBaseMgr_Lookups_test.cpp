@@ -184,6 +184,13 @@ TEST_F(Lookups, SearchByPathThroughAnIndex) {
   }
 }
 
+TEST_F(Lookups, SearchByParentThroughAnIndex) {
+  const auto plan =
+      database.Select("explain query plan select FullPath from ObjectTable where parentID='1'");
+  ASSERT_EQ(plan.size(), 1u);
+  EXPECT_THAT(plan[0].back(), testing::HasSubstr("ObjectTable_parentID"));
+}
+
 TEST_F(Lookups, ListThePathsUnderADirectoryAfterAHeaderCell) {
   const PathTable table("1");
   EXPECT_EQ(table.code, SQLITE_OK);
