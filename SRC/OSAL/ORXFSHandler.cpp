@@ -41,6 +41,12 @@ bool OpensForReading(const char* path, struct stat64* status) {
   return known && (S_ISREG(status->st_mode) || S_ISDIR(status->st_mode));
 }
 
+// Sizes are kept in 32 bits: a larger file is never one that was recorded.
+bool HasSize(const struct stat64& status, uint64_t size) {
+  const auto actual = static_cast<uint64_t>(status.st_size);
+  return actual <= UINT32_MAX && actual == size;
+}
+
 }  // namespace
 
 ORXFSHandler::ORXFSHandler() : path_{}, directory_(nullptr) {}
@@ -105,17 +111,14 @@ bool ORXFSHandler::IsValidFile(const char* path) {
 
 bool ORXFSHandler::IsValidFile(const char* path, unsigned int size) {
   struct stat64 status = {};
-  if (!OpensForReading(path, &status)) return false;
-  return static_cast<uint64_t>(status.st_size) <= UINT32_MAX &&
-         static_cast<uint64_t>(status.st_size) == size;
+  return OpensForReading(path, &status) && HasSize(status, size);
 }
 
 bool ORXFSHandler::IsValidFile(const char* path, unsigned long size) {
   struct stat64 status = {};
   if (!OpensForReading(path, &status)) return false;
-  const auto actual = static_cast<uint64_t>(status.st_size);
-  if (actual <= UINT32_MAX && actual == size) return true;
-  ORX_LOG_INFO("[ORXFSHandler::IsValidFile] file[%s] size different! db[%lu] stat[%lld]", path,
-               size, static_cast<long long>(status.st_size));
-  return false;
+  if (static_cast<uint64_t>(status.st_size) != size)
+    ORX_LOG_INFO("[ORXFSHandler::IsValidFile] file[%s] size different! db[%lu] stat[%lld]", path,
+                 size, static_cast<long long>(status.st_size));
+  return HasSize(status, size);
 }

@@ -32,14 +32,16 @@ class ORX_API ORXFSHandler {
   int OpenDir(const char* path);  // 1 open, 0 not
   int CloseDir();                 // 1 closed, 0 not (none was open)
   // The next entry whose name does not begin with ".": 1, or 0 at the end.  When an entry's status
-  // cannot be read (a link to nothing, say), only its name is filled in.
+  // cannot be read (a link to nothing, say), only its name is filled in and the rest of the record
+  // stays as the caller set it: set `type` to neither 0 nor 1 before each call to tell.
   int Read(PTFile* entry);
 
   int CreateDir(const char* path);  // 1 made; 0 also when something of that name exists
   int Remove(const char* path);     // 1 removed; only an empty directory is
   bool IsDirectory(const char* path);
   bool IsValidFile(const char* path);  // it can be opened for reading; never a FIFO or a device
-  // Likewise, and its size is `size` bytes.  The second form logs a size that differs.
+  // Likewise, and its size is `size` bytes, which a file of 4 GiB or more never has.  The second
+  // form logs a size that differs.
   bool IsValidFile(const char* path, unsigned int size);
   bool IsValidFile(const char* path, unsigned long size);
 

@@ -7,14 +7,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace {
 
-constexpr int kReadBufferSize = 16 * 1024;
+constexpr int kReadBufferSize = 16 * 1024;  // bytes, several pages
+constexpr int kPageSize = 4 * 1024;
 
-// Waiting for the other end of a FIFO would hang the caller; on regular files the flag does
-// nothing.
+// Without the flag, opening a FIFO waits for its other end; on regular files it does nothing.
 constexpr int kNeverBlock = O_NONBLOCK | O_CLOEXEC | O_LARGEFILE;
 
 void FillStatus(const struct stat64& from, st_UPNP_FILE_STAT* to) {
@@ -24,8 +23,6 @@ void FillStatus(const struct stat64& from, st_UPNP_FILE_STAT* to) {
   to->size = from.st_size;
   to->mode = from.st_mode;
 }
-
-bool HoldsBytes(mode_t mode) { return S_ISREG(mode) || S_ISDIR(mode); }
 
 // The handle's read buffer, null when it reads straight from the descriptor.
 st_UPNP_FILE_BUFFER* ReadBuffer(const st_UPNP_FILE* file) {
@@ -48,19 +45,24 @@ void AddReadBuffer(st_UPNP_FILE* file) {
   file->buffers = node;
 }
 
-// Takes over a fresh descriptor; null (and the descriptor closed) when it is none to work with.
-st_UPNP_FILE* MakeHandle(int descriptor, bool sized) {
-  struct stat64 status = {};
-  const bool known = descriptor >= 0 && fstat64(descriptor, &status) == 0;
-  const bool usable = descriptor > 0 && (!known || HoldsBytes(status.st_mode));
-  auto* file = usable ? static_cast<st_UPNP_FILE*>(calloc(1, sizeof(st_UPNP_FILE))) : nullptr;
-  if (file == nullptr) {
-    if (descriptor >= 0) close_file(descriptor);
-    return nullptr;
-  }
-  file->descriptor = descriptor;
-  if (sized) file->size = known ? static_cast<long long>(status.st_size) : -1;
+// Takes over a fresh descriptor; null when there is none to work with.  0, which only a process
+// without standard input gets, counts as a failed open.
+st_UPNP_FILE* MakeHandle(int descriptor) {
+  auto* file =
+      descriptor > 0 ? static_cast<st_UPNP_FILE*>(calloc(1, sizeof(st_UPNP_FILE))) : nullptr;
+  if (file != nullptr)
+    file->descriptor = descriptor;
+  else if (descriptor >= 0)
+    close_file(descriptor);
   return file;
+}
+
+// Reads the file's type and size.  The type is 0 when they cannot be read.
+mode_t FillSize(st_UPNP_FILE* file) {
+  struct stat64 status = {};
+  const bool known = fstat64(file->descriptor, &status) == 0;
+  file->size = known ? static_cast<long long>(status.st_size) : -1;
+  return known ? status.st_mode : 0;
 }
 
 // Copies what the buffer holds of [position, position + length).
@@ -72,14 +74,16 @@ int CopyFromBuffer(const st_UPNP_FILE_BUFFER* buffer, long long position, char* 
   return count;
 }
 
+// Fills the buffer so that it holds `position` and a little before it, as readers often step back.
 // Bytes now in the buffer from `position` on; 0 at the end of the file, -1 on failure.
 int FillBuffer(int descriptor, long long position, st_UPNP_FILE_BUFFER* buffer) {
-  buffer->start = position;
+  buffer->start = position - position % kPageSize;
   buffer->used = 0;
   const ssize_t count = pread64(descriptor, buffer->data, static_cast<size_t>(buffer->capacity),
-                                static_cast<off64_t>(position));
-  if (count > 0) buffer->used = static_cast<int>(count);
-  return static_cast<int>(count);
+                                static_cast<off64_t>(buffer->start));
+  if (count <= 0) return static_cast<int>(count);
+  buffer->used = static_cast<int>(count);
+  return std::max(0, buffer->used - static_cast<int>(position - buffer->start));
 }
 
 int ReadBuffered(const st_UPNP_FILE* file, st_UPNP_FILE_BUFFER* buffer, char* to, int length) {
@@ -104,21 +108,18 @@ int ReadBuffered(const st_UPNP_FILE* file, st_UPNP_FILE_BUFFER* buffer, char* to
   return done;
 }
 
-// A buffered handle keeps its own position, so seeking in it needs no system call.
+// A buffered handle keeps its own position, so seeking inside the file needs no system call; what
+// is allowed beyond its end is the system's to say.
 long long SeekBuffered(const st_UPNP_FILE* file, long long offset, int whence) {
   long long base = 0;
-  if (whence == SEEK_CUR) {
+  if (whence == SEEK_CUR)
     base = file->position;
-  } else if (whence == SEEK_END) {
-    struct stat64 status = {};
-    if (fstat64(file->descriptor, &status) != 0) return -1;
-    base = status.st_size;
-  } else if (whence != SEEK_SET) {
-    return -1;
-  }
-  if (offset > 0 && base > std::numeric_limits<long long>::max() - offset) return -1;
-  const long long target = base + offset;
-  return target < 0 ? -1 : target;
+  else if (whence != SEEK_SET)
+    return lseek64(file->descriptor, offset, whence);
+  long long target = 0;
+  if (__builtin_add_overflow(base, offset, &target)) return -1;
+  const bool inside = target >= 0 && target <= file->size;
+  return inside ? target : lseek64(file->descriptor, target, SEEK_SET);
 }
 
 }  // namespace
@@ -138,19 +139,25 @@ int open_append(const char* path) {
 int close_file(int descriptor) { return close(descriptor); }
 
 st_UPNP_FILE* upnp_file_open_read(const char* path) {
-  if (path == nullptr) return nullptr;
-  st_UPNP_FILE* file = MakeHandle(open_read(path), true);
-  if (file != nullptr) AddReadBuffer(file);
+  st_UPNP_FILE* file = MakeHandle(open_read(path));
+  if (file == nullptr) return nullptr;
+  const mode_t type = FillSize(file);
+  if (S_ISREG(type)) {
+    AddReadBuffer(file);
+  } else if (!S_ISDIR(type)) {  // a FIFO, a socket, a device
+    upnp_file_close(file);
+    return nullptr;
+  }
   return file;
 }
 
 st_UPNP_FILE* upnp_file_open_append(const char* path) {
-  return path == nullptr ? nullptr : MakeHandle(open_append(path), true);
+  st_UPNP_FILE* file = MakeHandle(open_append(path));
+  if (file != nullptr) FillSize(file);
+  return file;
 }
 
-st_UPNP_FILE* upnp_file_open_write(const char* path) {
-  return path == nullptr ? nullptr : MakeHandle(open_write(path), false);
-}
+st_UPNP_FILE* upnp_file_open_write(const char* path) { return MakeHandle(open_write(path)); }
 
 void upnp_file_close(st_UPNP_FILE* file) {
   if (file == nullptr) return;

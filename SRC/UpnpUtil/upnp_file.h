@@ -1,7 +1,8 @@
 // File handles of the media readers: size and position known, 64-bit offsets, buffered reading.
 //
 // A handle opened for reading owns a read buffer, so that many small reads and seeks cost one
-// system call.  Opening never blocks; FIFOs, sockets and devices are refused.
+// system call; the other handles work on their descriptor directly.  Opening never blocks, and
+// FIFOs, sockets and devices are never opened for reading.  A handle belongs to one thread.
 #pragma once
 
 #include <dirent.h>
@@ -21,7 +22,7 @@ struct st_UPNP_FILE {
   int descriptor;
   unsigned reserved;
   long long size;      // bytes, when the file was opened; -1 unknown; 0 when opened for writing
-  long long position;  // where the next read begins
+  long long position;  // as far as reads and seeks have moved it; writes do not
   st_UPNP_FILE_BUFFER* buffers;
   unsigned reserved2;
 };
@@ -68,7 +69,10 @@ ORX_API int upnp_file_eof(st_UPNP_FILE* file);
 // empty at the end of the file; null when `buffer` or `file` is null.
 ORX_API char* upnp_file_gets(char* buffer, int length, st_UPNP_FILE* file);
 
-ORX_API int upnp_file_stat(const char* path, st_UPNP_FILE_STAT* status);  // 0, or -1 on failure
-ORX_API int upnp_file_mkdir(const char* path);                            // permissions 0777
+// 0, or -1 on failure.
+ORX_API int upnp_file_stat(const char* path, st_UPNP_FILE_STAT* status);
+ORX_API int upnp_file_mkdir(const char* path);  // permissions 0777
 ORX_API int upnp_file_unlink(const char* path);
+
+// Closes the directory and releases the texts and the record.
 ORX_API void upnp_file_find_close(st_UPNP_FINDFILE* find);
