@@ -1,7 +1,9 @@
 #include "OSAL/UniqueValueGenerator.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 
 #include "OSAL/StringUtiltiy.h"
 
@@ -15,8 +17,14 @@ constexpr char kThumbnail[] = "/orxthumb";
 constexpr char kScreennail[] = "/orxscreen";
 constexpr char kVideoThumbnail[] = "/orxthumbvideo";
 
-// Whole seconds of processor time, in milliseconds.
-long CoarseTime() { return static_cast<long>(clock() / 1000000 * 1000); }
+// Whole seconds of processor time, in milliseconds.  Not from clock(), whose microseconds wrap
+// after 36 minutes where `long` has 32 bits; the milliseconds start again at 0 before they would.
+long CoarseTime() {
+  constexpr long long kSecondsInLong = std::numeric_limits<int32_t>::max() / 1000;
+  timespec used = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  return static_cast<long>(used.tv_sec % kSecondsInLong) * 1000;
+}
 
 const char* OrDefault(const char* text, const char* fallback) {
   return text != nullptr ? text : fallback;

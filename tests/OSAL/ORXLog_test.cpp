@@ -88,4 +88,40 @@ TEST(ORXLog, TimingLineBeginsWithTheMonotonicClockUnderItsOwnTag) {
             "\x1b[m>>>> FILE_URI start\x1b[m\n");
 }
 
+TEST(ORXLog, TimingTextIsCutAt250Bytes) {
+  FakePlatform& platform = FakePlatform::Reset();
+  ORX_LOG_TIME(std::string(400, 'a').c_str());
+  const std::string& buffer = platform.log.at(0).buffer;
+  EXPECT_EQ(buffer.size(), 250u + 4u);
+  EXPECT_EQ(buffer.substr(240), std::string(10, 'a') + "\x1b[m\n");
+}
+
+TEST(ORXLog, TimingLineDropsATrailingNewline) {
+  FakePlatform& platform = FakePlatform::Reset();
+  ORX_LOG_TIME("stop\n");
+  const std::string& buffer = platform.log.at(0).buffer;
+  EXPECT_EQ(buffer.substr(buffer.find(']') + 1), "\x1b[mstop\x1b[m\n");
+}
+
+TEST(ORXLog, TimingLineIsNotCopiedToStandardError) {
+  FakePlatform::Reset();
+  testing::internal::CaptureStderr();
+  ORX_LOG_TIME("start");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(ORXLog, TakesAnEmptyMessageAndOneThatIsANewlineAlone) {
+  FakePlatform& platform = FakePlatform::Reset();
+  ORX_LOG_INFO("%s", "");
+  ORX_LOG_INFO("\n");
+  EXPECT_EQ(platform.log.at(0).buffer, "\x1b[m\x1b[m\n");
+  EXPECT_EQ(platform.log.at(1).buffer, "\x1b[m\x1b[m\n");
+}
+
+TEST(ORXLog, NamesTheSourceFileWithoutItsFolders) {
+  EXPECT_STREQ(orx::SourceName("/a/b.c/Scanner.cpp"), "Scanner.cpp");
+  EXPECT_STREQ(orx::SourceName("Scanner.cpp"), "Scanner.cpp");
+  EXPECT_STREQ(orx::SourceName(""), "");
+}
+
 }  // namespace

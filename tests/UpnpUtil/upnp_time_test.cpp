@@ -7,6 +7,7 @@
 #include "UpnpUtil/GmtNameClock.h"
 #include "UpnpUtil/upnp_util.h"
 #include "support/Text.h"
+#include "support/TimeZone.h"
 
 namespace {
 
@@ -84,9 +85,9 @@ TEST(ConvertTimeToLong, ReadsBackADurationTextWithoutItsMilliseconds) {
 }
 
 TEST(ConvertToGmt, WritesTheUtcDate) {
-  setenv("TZ", "Pacific/Kiritimati", 1);
+  const orx_test::TimeZone zone("XYZ-14");  // where it is the next day by ten o'clock UTC
   EXPECT_EQ(GmtDate(0), "1970-01-01");
-  unsetenv("TZ");
+  EXPECT_EQ(GmtDate(86399), "1970-01-01");
   EXPECT_EQ(GmtDate(951782399), "2000-02-28");
   EXPECT_EQ(GmtDate(951782400), "2000-02-29");
   EXPECT_EQ(GmtDate(2147483647), "2038-01-19");
