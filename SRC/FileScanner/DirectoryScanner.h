@@ -174,7 +174,10 @@ class ORX_API DirectoryScanner {
     bool added_ = false;
   };
 
-  char* FindOrAddDirectory(const char* dir, const char* parentId, int* status);
+  class DcfScan;  // the scans of the shared files, one walk for the three modes
+
+  using AddDirectory = char* (DirectoryScanner::*)(const char* path, const char* parentId);
+  char* FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add, int* status);
   void ScanEntries(ORXFSHandler* handler, const char* dir, const char* id, int* status);
   int HandleParsedFile(MediaMetaData* record, const char* parentId, const char* name);
 

@@ -87,7 +87,7 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
     ORX_LOG_INFO("[DirectoryScanner::_ScanDir] '%s' leads back to a directory above it", dir);
     return;
   }
-  const orx::TextPtr id(FindOrAddDirectory(dir, parentId, status));
+  const orx::TextPtr id(FindOrAddDirectory(dir, parentId, &DirectoryScanner::AddDirToDB, status));
   if (strlen(dir) > kLongestDirectory) {
     ORX_LOG_INFO("[DirectoryScanner::_ScanDir] Directory path is too big");
     return;
@@ -96,15 +96,16 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
   handler.CloseDir();
 }
 
-// The id of the directory's row, which is added when there is none.
-char* DirectoryScanner::FindOrAddDirectory(const char* dir, const char* parentId, int* status) {
+// The id of the directory's row, which `add` makes when there is none.
+char* DirectoryScanner::FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add,
+                                           int* status) {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(dir));
   if (IsInDB(dir) && IsValid(dir) == 0) {
     char* id = DataBaseMgr::GetInstance()->GetUniqueIdForPath(utf8.get());
     return id != nullptr ? id : ORXCString::DupCopy(kNoParent);
   }
   if (status != nullptr) *status = 1;
-  return AddDirToDB(utf8.get(), parentId);
+  return (this->*add)(utf8.get(), parentId);
 }
 
 // Registers the files of an open directory that are not known yet and walks its subdirectories.
