@@ -1,7 +1,6 @@
 #include "MediaReaders/tiff_walk.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace orx {
 namespace {
@@ -37,25 +36,21 @@ void WalkIfd(const ByteCursor& tiff, uint64_t offset, const IfdHandler& handle) 
   HandleEntries(tiff, offset + kCountSize, tiff.At(offset).U16(), handle);
 }
 
-void WalkIfdChain(const ByteCursor& tiff, uint64_t offset, const IfdHandler& handle) {
-  std::vector<bool> walked(tiff.size());
+void WalkIfdChain(const ByteCursor& tiff, uint64_t first, const IfdHandler& handle) {
   // Directories made to overlap could show each entry thousands of times.  A budget of an entry a
   // byte is far more than fits into the block side by side.
   size_t budget = tiff.size();
-  uint64_t linkBase = 0;
-  while (HoldsIfd(tiff, offset) && !walked[offset]) {
-    walked[offset] = true;
+  uint64_t offset = first, linkBase = 0;
+  do {
+    if (!HoldsIfd(tiff, offset)) return;
     const size_t count = tiff.At(offset).U16();
     const uint64_t entries = offset + kCountSize;
-    const size_t handled = HandleEntries(tiff, entries, std::min(count, budget), handle);
-    budget -= handled;
-    ByteCursor behind = tiff.At(entries + kIfdEntrySize * count);
-    const uint64_t link = behind.U32();
-    if (budget == 0 || !behind.ok() || link == 0 || !HoldsIfd(tiff, link)) return;
-    const uint64_t next = linkBase + link;
-    linkBase = next;
-    offset = next;
-  }
+    budget -= HandleEntries(tiff, entries, std::min(count, budget), handle);
+    const uint64_t link = tiff.At(entries + kIfdEntrySize * count).U32();  // 0 when it is cut off
+    if (budget == 0 || link == 0) return;
+    offset = linkBase + link;
+    linkBase = offset;
+  } while (offset != first);  // all further links lead forwards
 }
 
 }  // namespace orx

@@ -28,9 +28,9 @@ void HandleIfdEntry(const ByteCursor& tiff, uint64_t offset, const IfdHandler& h
 // Handles the entries of the directory at `offset` in order.
 void WalkIfd(const ByteCursor& tiff, uint64_t offset, const IfdHandler& handle);
 
-// Handles the directory at `offset` and those that its links lead to.  The first link counts from
-// the start of the block, every further one from the start of the directory that holds it.  The
-// walk ends where a link leads back to a directory that was walked.
-void WalkIfdChain(const ByteCursor& tiff, uint64_t offset, const IfdHandler& handle);
+// Handles the directory at `first` and those that its links lead to.  The first link counts from
+// the start of the block, every further one from the start of the directory that holds it.  No
+// directory is walked twice.
+void WalkIfdChain(const ByteCursor& tiff, uint64_t first, const IfdHandler& handle);
 
 }  // namespace orx

@@ -233,6 +233,14 @@ TEST_P(ExifReader, TakesABlockWithoutADirectory) {
   EXPECT_EQ(m.width, 640);
 }
 
+TEST_P(ExifReader, DoesNotTakeTheHeaderForADirectory) {
+  // Read as a directory at 0, the block would have its second entry at 14: a description.
+  const uint32_t tagAndType = GetParam() == TiffOrder::kBig ? 0x010E0002 : 0x0002010E;
+  TiffBuilder tiff = Tiff();
+  tiff.FirstIfd(0).Entry(1, 1, tagAndType, 4).Entry(0x4141, 0x4141, 0, 0);
+  EXPECT_EQ(Read(Picture(tiff.Build())).description, "(null)");
+}
+
 // ---- Tags ----
 
 TEST_P(ExifReader, TakesTheTagsOfTheMainDirectory) {
@@ -422,6 +430,11 @@ TEST_P(UserComment, MustEndBeforeTheEndOfTheBlock) {
     EXPECT_EQ(record.data.UserComment, nullptr) << size;  // the whole block ends with it
   }
   EXPECT_EQ(Comment(With(kUndefined, code_ + "a comment")), "a comment");
+}
+
+TEST_P(UserComment, IsNotLeftBehindWhenOnlyTheOtherResultsAreWanted) {
+  const Metadata m = Read(Picture(With(kUndefined, code_ + "a comment").Build()));
+  EXPECT_EQ(m.ok, 1);  // the leak checker sees the rest
 }
 
 // ---- Thumbnail ----

@@ -138,9 +138,8 @@ TEST_P(TiffWalk, ReadsNoLinkThatIsCutOff) {
 TEST_P(TiffWalk, WalksADirectoryOnceWhenTheChainComesBackToIt) {
   const std::string self = Builder().Long(1, 0).Link(8).Build();
   EXPECT_EQ(TagsShown(orx::WalkIfdChain, self), (Tags{1}));
-  const std::string pair =
-      Builder().Long(1, 0).NextIfd().Long(2, 0).Link(0xFFFFFFFF - 17).Build();  // 26 - 18
-  EXPECT_EQ(TagsShown(orx::WalkIfdChain, pair), (Tags{1, 2}));
+  const std::string pair = Builder().Long(1, 0).Link(18).NextIfd().Long(2, 0).Link(8).Build();
+  EXPECT_EQ(TagsShown(orx::WalkIfdChain, pair, 26), (Tags{2, 1}));  // back, then forward to 26
 }
 
 TEST_P(TiffWalk, EndsSoonInDirectoriesThatOverlap) {
