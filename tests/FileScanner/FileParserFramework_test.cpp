@@ -18,7 +18,8 @@ namespace {
 // A parser that takes every file or none, and counts.
 class FakeParser : public FileParser {
  public:
-  explicit FakeParser(bool takes, int* destroyed = nullptr) : takes_(takes), destroyed_(destroyed) {}
+  explicit FakeParser(bool takes, int* destroyed = nullptr)
+      : takes_(takes), destroyed_(destroyed) {}
   ~FakeParser() override {
     if (destroyed_ != nullptr) ++*destroyed_;
   }
