@@ -15,6 +15,9 @@ namespace {
 constexpr long long kSecondsPerDay = 86400;
 constexpr long long kSecondsPerHour = 3600;
 
+// The calendar year, which for the last dates that `tm` can hold has more than 31 bits.
+long long Year(const struct tm& date) { return date.tm_year + 1900LL; }
+
 }  // namespace
 
 bool GmtNameClock::Refresh(time_t now) {
@@ -37,7 +40,7 @@ bool GmtNameClock::Format(const timespec& now, char* dst, size_t size) {
     date_.tm_min = static_cast<int>(elapsed % kSecondsPerHour / 60);
     date_.tm_sec = static_cast<int>(elapsed % 60);
   }
-  snprintf(dst, size, "%04d%02d%02d%02d%02d%02d%03d", date_.tm_year + 1900, date_.tm_mon % 12 + 1,
+  snprintf(dst, size, "%04lld%02d%02d%02d%02d%02d%03d", Year(date_), date_.tm_mon % 12 + 1,
            date_.tm_mday, date_.tm_hour, date_.tm_min, date_.tm_sec,
            static_cast<int>(now.tv_nsec / 1000000));
   return true;
@@ -106,7 +109,7 @@ void upnp_date_convertToGMT(const long* time, char* dst, int n) {
   const time_t seconds = *time;
   struct tm date = {};
   if (gmtime_r(&seconds, &date) == nullptr) return;
-  snprintf(dst, static_cast<size_t>(n), "%04d-%02d-%02d", date.tm_year + 1900, date.tm_mon + 1,
+  snprintf(dst, static_cast<size_t>(n), "%04lld-%02d-%02d", orx::Year(date), date.tm_mon + 1,
            date.tm_mday);
 }
 

@@ -1,16 +1,19 @@
 // Dates, durations, numbers, Base64, request parameters, titles and cache paths.
 //
-// New texts come from malloc and are released with free.  The two functions with state of their own
-// (upnp_date_getGMT_forName, upnp_util_create_tempfilename) are used from one thread.
+// New texts come from malloc and are released with free; they are null when memory runs out.  The
+// two functions with state of their own (upnp_date_getGMT_forName, upnp_util_create_tempfilename)
+// are used from one thread.
 #pragma once
 
 #include "Platform/Export.h"
 
 // "1:02:03", or "1:02:03.004" when there are milliseconds; hours are not limited.
 ORX_API char* upnp_duration_to_string(long ms);
-// Writes "01:02:03" into `dst` and returns its length; milliseconds are dropped.
+// Writes "01:02:03" and a terminator into `dst`, which has the room, and returns the length;
+// milliseconds are dropped, and from a hundred hours on the text is longer.
 ORX_API int upnp_format_time(long ms, char* dst);
-// Milliseconds of "h:m:s:ms"; parts that are missing count 0, a null text too.
+// Milliseconds of "h:m:s:ms"; parts that are missing count 0, a null text too.  Stops at the
+// largest `long`.
 ORX_API long upnp_convert_time_to_long(const char* text);
 // Writes the UTC date of `time` as "2026-11-21", at most `n` bytes; nothing when it has none.
 ORX_API void upnp_date_convertToGMT(const long* time, char* dst, int n);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,30 @@ TEST(ToUtf8, FitsATextThatDoublesAtEveryByte) {
 }
 
 TEST(ToUtf8, IsNullForNull) { EXPECT_EQ(strdup_to_utf8(nullptr), nullptr); }
+
+// Texts of up to 40 bytes, the same ones in every run, in which lead and continuation bytes abound.
+std::vector<std::string> BrokenTexts() {
+  static constexpr unsigned char kBytes[] = {'a',  0x7F, 0x80, 0xA0, 0xBF, 0xC2, 0xC3, 0xC4, 0xDF,
+                                             0xE0, 0xE2, 0xEF, 0xF0, 0xF8, 0xFC, 0xFE, 0xFF};
+  std::mt19937 random(1);
+  std::vector<std::string> texts(5000);
+  for (std::string& text : texts)
+    for (auto left = random() % 41; left > 0; --left)
+      text += static_cast<char>(kBytes[random() % sizeof kBytes]);
+  return texts;
+}
+
+TEST(ToUtf8, LeavesWhatItGave) {
+  for (const std::string& text : BrokenTexts()) {
+    const std::string once = ToUtf8(text);
+    EXPECT_LE(once.size(), 2 * text.size());
+    EXPECT_EQ(ToUtf8(once), once);
+  }
+}
+
+TEST(FromUtf8, NeverGivesMoreThanItTook) {
+  for (const std::string& text : BrokenTexts()) EXPECT_LE(FromUtf8(text).size(), text.size());
+}
 
 TEST(FromUtf8, CopiesAscii) {
   EXPECT_EQ(FromUtf8(""), "");

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -288,6 +289,30 @@ TEST_F(UpnpFile, ReadsTheSameAsTheSystemAtEveryBoundary) {
       ASSERT_TRUE(Read(file, length) == expected);
       ASSERT_EQ(file->position, offset + count);
     }
+  close_file(plain);
+}
+
+TEST_F(UpnpFile, ReadsTheSameAsTheSystemOnAWanderingPath) {
+  const std::string content = Pattern(5 * kBufferSize + 321);
+  const std::string path = directory_.Write("a", content);
+  const File file = OpenRead(path);
+  const int plain = open_read(path.c_str());
+  std::mt19937 random(1);
+  constexpr int kLengths[] = {1, 2, 4, 12, 100, 1000, kPage, kBufferSize, 2 * kBufferSize};
+  for (int step = 0; step < 5000; ++step) {
+    const int length = kLengths[random() % (sizeof kLengths / sizeof *kLengths)];
+    const int whence = static_cast<int>(random() % 3);
+    const auto reach = whence == SEEK_SET ? content.size() + 100 : content.size() / 2;
+    auto offset = static_cast<long long>(random() % reach);
+    if (whence != SEEK_SET && random() % 2 == 0) offset = -offset;
+    SCOPED_TRACE(step);
+    ASSERT_EQ(upnp_file_seek(file.get(), offset, whence), lseek64(plain, offset, whence));
+    std::string expected(static_cast<size_t>(length), '\0');
+    const ssize_t count = read(plain, expected.data(), expected.size());
+    expected.resize(static_cast<size_t>(count));
+    ASSERT_TRUE(Read(file, length) == expected);
+    ASSERT_EQ(file->position, lseek64(plain, 0, SEEK_CUR));
+  }
   close_file(plain);
 }
 

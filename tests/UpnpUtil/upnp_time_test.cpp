@@ -102,8 +102,16 @@ TEST(ConvertToGmt, WritesAtMostTheGivenBytes) {
   EXPECT_EQ(GmtDate(0, -1), "untouched");
 }
 
+constexpr long long kLastDate = 67768036191676799;  // of a calendar with a 32-bit year
+
+TEST(ConvertToGmt, WritesTheLastDateThereIs) {
+  if (sizeof(long) < 8) GTEST_SKIP() << "a 32-bit time does not reach it";
+  EXPECT_EQ(GmtDate(static_cast<long>(kLastDate)), "2147485547-12-31");
+}
+
 TEST(ConvertToGmt, WritesNothingForATimeWithoutADate) {
   if (sizeof(long) < 8) GTEST_SKIP() << "every 32-bit time has a date";
+  EXPECT_EQ(GmtDate(static_cast<long>(kLastDate + 1)), "untouched");
   EXPECT_EQ(GmtDate(LONG_MAX), "untouched");
 }
 
@@ -150,6 +158,12 @@ TEST(GmtNameClock, FollowsAClockThatWasPutBack) {
 TEST(GmtNameClock, HasADateOnTheFirstDayOf1970) {
   orx::GmtNameClock clock;
   EXPECT_EQ(NameAt(&clock, 61), "19700101000101000");
+}
+
+TEST(GmtNameClock, WritesTheLastDateThereIs) {
+  if (sizeof(time_t) < 8) GTEST_SKIP() << "a 32-bit time does not reach it";
+  orx::GmtNameClock clock;
+  EXPECT_EQ(NameAt(&clock, static_cast<time_t>(kLastDate)), "21474855471231235959000");
 }
 
 TEST(GmtNameClock, WritesNothingForATimeWithoutADate) {
