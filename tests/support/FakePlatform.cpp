@@ -27,6 +27,13 @@ std::string Uncoloured(const std::string& buffer) {
 
 std::vector<char> uriBuffer;
 
+bool SizeOnDisk(const char* path, long long* size) {
+  struct stat64 status = {};
+  if (stat64(path, &status) != 0) return false;
+  *size = status.st_size;
+  return true;
+}
+
 }  // namespace
 
 FakePlatform& FakePlatform::Get() {
@@ -110,16 +117,18 @@ int QUILWifi_getFileType(char* uri) {
 int QUILWifi_getFileAttribute(char* path, sFileAttribute* out) {
   FakePlatform& platform = FakePlatform::Get();
   platform.attributePaths.emplace_back(path);
-  if (!platform.fileAttributeSucceeds) return 0;
+  if (!platform.fileAttributeSucceeds && !platform.attributesFromDisk) return 0;
   *out = platform.fileAttribute;
+  if (platform.attributesFromDisk) return orx_test::SizeOnDisk(path, &out->nFileSize) ? 1 : 0;
   return 1;
 }
 
 int QUILWifi_getVideoAttribute(char* path, sVideoAttribute* out) {
   FakePlatform& platform = FakePlatform::Get();
   platform.videoPaths.emplace_back(path);
-  if (!platform.videoAttributeSucceeds) return 0;
+  if (!platform.videoAttributeSucceeds && !platform.attributesFromDisk) return 0;
   *out = platform.videoAttribute;
+  if (platform.attributesFromDisk) return orx_test::SizeOnDisk(path, &out->nFileSize) ? 1 : 0;
   return 1;
 }
 
@@ -136,8 +145,8 @@ int QUILWifi_getJpegScreennailInfo(char* path, int* width, int* height, int* off
 long long ORXGetFileSize(const char* path) {
   FakePlatform& platform = FakePlatform::Get();
   if (!platform.fileSizeFromDisk) return platform.fileSize;
-  struct stat64 status = {};
-  return stat64(path, &status) == 0 ? static_cast<long long>(status.st_size) : 0;
+  long long size = 0;
+  return orx_test::SizeOnDisk(path, &size) ? size : 0;
 }
 
 int ORXGetDlnaCertificationState(void) { return FakePlatform::Get().certificationState; }

@@ -37,6 +37,7 @@ struct FakePlatform {
   sFileAttribute fileAttribute = {};
   bool videoAttributeSucceeds = false;
   sVideoAttribute videoAttribute = {};
+  bool attributesFromDisk = false;  // both succeed for a file that exists, with its own size
   int screennailResult = 0;
   int screennailWidth = 0, screennailHeight = 0, screennailOffset = 0, screennailLength = 0;
   bool fileSizeFromDisk = true;
