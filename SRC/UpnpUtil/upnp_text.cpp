@@ -40,6 +40,25 @@ char* string_to_base64(const char* text) {
   return result;
 }
 
+char* string_from_base64(const char* text) {
+  if (text == nullptr) return nullptr;
+  auto* result = static_cast<char*>(calloc(strlen(text) / 4 * 3 + 4, 1));
+  if (result == nullptr) return nullptr;
+  char* out = result;
+  unsigned bits = 0;
+  int count = 0;  // of the bits not written yet
+  for (const char* p = text; *p != '\0'; ++p) {
+    const char* digit = strchr(kBase64Alphabet, *p);
+    if (digit == nullptr) break;
+    bits = (bits << 6 | static_cast<unsigned>(digit - kBase64Alphabet)) & 0xFFFF;
+    count += 6;
+    if (count < 8) continue;
+    count -= 8;
+    *out++ = static_cast<char>(bits >> count & 0xFF);
+  }
+  return result;
+}
+
 char* get_cgi_param(const char* request, const char* name) {
   constexpr char kSeparators[] = "?&";
   if (request == nullptr || name == nullptr) return nullptr;

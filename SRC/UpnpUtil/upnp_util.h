@@ -34,6 +34,8 @@ ORX_API int isRomanNumber(const char* word);
 ORX_API char* upnp_util_create_tempfilename(void);
 // Base64 with the standard alphabet; "==" is appended when one byte is left over, nothing when two.
 ORX_API char* string_to_base64(const char* text);
+// Reads it back, up to the padding or whatever else is no Base64 digit.  Null for null.
+ORX_API char* string_from_base64(const char* text);
 // The file name of `path` (either slash) without its last extension, "No Title" when that is empty.
 ORX_API char* upnp_build_title_from_filename(const char* path);
 // The value of parameter `name` in "...?a=1&b=2", as it stands; null when it is not there.

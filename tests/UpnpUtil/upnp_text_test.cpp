@@ -36,6 +36,26 @@ TEST(StringToBase64, IsEmptyForAnEmptyText) { EXPECT_EQ(Base64(""), ""); }
 
 TEST(StringToBase64, IsNullForNull) { EXPECT_EQ(string_to_base64(nullptr), nullptr); }
 
+TEST(StringFromBase64, ReadsWhatStringToBase64Writes) {
+  std::string text;
+  for (int i = 0; i < 70; ++i) {
+    EXPECT_EQ(Taken(string_from_base64(Base64(text.c_str()).c_str())), text);
+    text += static_cast<char>(255 - 3 * i);
+  }
+}
+
+TEST(StringFromBase64, TakesTextsWithAndWithoutPadding) {
+  EXPECT_EQ(Taken(string_from_base64("TWE")), "Ma");
+  EXPECT_EQ(Taken(string_from_base64("TWE=")), "Ma");
+  EXPECT_EQ(Taken(string_from_base64("TQ==")), "M");
+}
+
+TEST(StringFromBase64, EndsAtWhatIsNoDigit) {
+  EXPECT_EQ(Taken(string_from_base64("TWFu*TWFu")), "Man");
+  EXPECT_EQ(Taken(string_from_base64("")), "");
+  EXPECT_EQ(string_from_base64(nullptr), nullptr);
+}
+
 TEST(StringToBase64, TakesBytesAbove127AsTheyAre) {
   EXPECT_EQ(Base64("\xff\xfe\xfd"), "//79");
   EXPECT_EQ(Base64("\xfb\xef\xbe"), "++++");
