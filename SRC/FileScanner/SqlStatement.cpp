@@ -1,25 +1,26 @@
 #include "FileScanner/SqlStatement.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <utility>
+#include <string_view>
 
 namespace orx {
 namespace {
+
+constexpr size_t kExpectedValues = 32;
+constexpr size_t kExpectedText = 512;  // bytes
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 
-bool IsDecimalNumber(const std::string& text) {
-  size_t i = !text.empty() && text[0] == '-' ? 1 : 0;
-  if (i == text.size()) return false;
-  for (; i < text.size(); ++i)
-    if (!IsDigit(text[i])) return false;
-  return true;
+bool IsDecimalNumber(std::string_view text) {
+  if (!text.empty() && text[0] == '-') text.remove_prefix(1);
+  return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
 }
 
 // "%f" of a finite value, with a decimal point whatever the locale.
@@ -45,17 +46,27 @@ bool IsPlainIdentifier(const char* name) {
   return *name == '\0';
 }
 
-SqlStatement& SqlStatement::Add(Kind kind, std::string text, long long number) {
-  values_.push_back({kind, std::move(text), number});
+// Makes room for the longest of the frequent statements, the insert of a picture.
+void SqlStatement::Reserve() {
+  values_.reserve(kExpectedValues);
+  texts_.reserve(kExpectedText);
+}
+
+SqlStatement& SqlStatement::Add(Kind kind, std::string_view text) {
+  if (values_.empty()) Reserve();
+  values_.push_back({kind, 0, texts_.size(), text.size()});
+  texts_.append(text) += '\0';
+  return *this;
+}
+
+SqlStatement& SqlStatement::Int(long long value) {
+  if (values_.empty()) Reserve();
+  values_.push_back({Kind::kInt, value, 0, 0});
   return *this;
 }
 
 SqlStatement& SqlStatement::Text(const char* value) {
   return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kText, value);
-}
-
-SqlStatement& SqlStatement::Int(long long value) {
-  return Add(Kind::kInt, std::to_string(value), value);
 }
 
 SqlStatement& SqlStatement::Unsigned(unsigned long long value) {
@@ -101,11 +112,15 @@ void SqlStatement::VisitPattern(Visitor&& visit) const {
 
 std::string SqlStatement::Printed() const {
   std::string text;
-  VisitPattern([&text](const char* literal, size_t length, const Value* value, char quote) {
+  VisitPattern([this, &text](const char* literal, size_t length, const Value* value, char quote) {
     text.append(literal, length);
     if (value == nullptr) return;
     if (quote != '\0') text += quote;
-    text += value->text;
+    if (value->kind == Kind::kInt) {
+      text += std::to_string(value->number);
+    } else {
+      text += TextOf(*value);
+    }
     if (quote != '\0') text += quote;
   });
   return text;
@@ -114,32 +129,36 @@ std::string SqlStatement::Printed() const {
 bool SqlStatement::Compilable(std::string* sql, std::string* reason) const {
   sql->clear();
   reason->clear();
-  VisitPattern([sql, reason](const char* literal, size_t length, const Value* value, char quote) {
-    sql->append(literal, length);
-    if (value == nullptr) return;
-    switch (value->kind) {
-      case Kind::kText:
-        if (value->text.find(quote) != std::string::npos) *reason = "a value holds its own quote";
-        break;
-      case Kind::kId:
-        if (!IsDecimalNumber(value->text)) *reason = "an id is not a decimal number";
-        break;
-      case Kind::kName:
-        if (!IsPlainIdentifier(value->text.c_str())) *reason = "a name is not a plain identifier";
-        break;
-      case Kind::kMissing:
-        *reason = "a value is missing";
-        break;
-      case Kind::kInt:
-      case Kind::kReal:
-        break;
-    }
-    if (value->kind == Kind::kName) {
-      sql->append(value->text);
-    } else {
-      *sql += '?';
-    }
-  });
+  sql->reserve(strlen(pattern_));
+  VisitPattern(
+      [this, sql, reason](const char* literal, size_t length, const Value* value, char quote) {
+        sql->append(literal, length);
+        if (value == nullptr) return;
+        switch (value->kind) {
+          case Kind::kText:
+            if (TextOf(*value).find(quote) != std::string_view::npos)
+              *reason = "a value holds its own quote";
+            break;
+          case Kind::kId:
+            if (!IsDecimalNumber(TextOf(*value))) *reason = "an id is not a decimal number";
+            break;
+          case Kind::kName:
+            if (!IsPlainIdentifier(TextOf(*value).data()))
+              *reason = "a name is not a plain identifier";
+            break;
+          case Kind::kMissing:
+            *reason = "a value is missing";
+            break;
+          case Kind::kInt:
+          case Kind::kReal:
+            break;
+        }
+        if (value->kind == Kind::kName) {
+          sql->append(TextOf(*value));
+        } else {
+          *sql += '?';
+        }
+      });
   return reason->empty();
 }
 
@@ -149,23 +168,22 @@ bool SqlStatement::BindTo(sqlite3_stmt* compiled) const {
   for (const Value& value : values_) {
     if (value.kind == Kind::kName) continue;
     ++parameter;
+    const std::string_view text = TextOf(value);  // terminated, and kept as long as the statement
     switch (value.kind) {
       case Kind::kInt:
         code = sqlite3_bind_int64(compiled, parameter, value.number);
         break;
       case Kind::kText:
       case Kind::kReal:  // every column that takes one has integer affinity, and converts the text
-        code = sqlite3_bind_text64(compiled, parameter, value.text.data(), value.text.size(),
-                                   SQLITE_STATIC, SQLITE_UTF8);
+        code = sqlite3_bind_text64(compiled, parameter, text.data(), text.size(), SQLITE_STATIC,
+                                   SQLITE_UTF8);
         break;
       case Kind::kId: {
         long long number = 0;
-        const char* end = value.text.data() + value.text.size();
-        const auto parsed = std::from_chars(value.text.data(), end, number);
+        const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
         code = parsed.ec == std::errc()
                    ? sqlite3_bind_int64(compiled, parameter, number)
-                   : sqlite3_bind_double(compiled, parameter,
-                                         std::strtod(value.text.c_str(), nullptr));
+                   : sqlite3_bind_double(compiled, parameter, std::strtod(text.data(), nullptr));
         break;
       }
       case Kind::kName:

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -20,7 +21,7 @@ namespace orx {
 // unquoted Id must be a decimal number, a Name a plain identifier.
 class SqlStatement {
  public:
-  explicit SqlStatement(const char* pattern) : pattern_(pattern) {}
+  explicit SqlStatement(const char* pattern) : pattern_(pattern) {}  // a literal
 
   SqlStatement& Text(const char* value);  // for a quoted %s; null makes the statement refused
   SqlStatement& Text(const std::string& value) { return Text(value.c_str()); }
@@ -43,15 +44,21 @@ class SqlStatement {
   enum class Kind { kText, kInt, kReal, kId, kName, kMissing };
   struct Value {
     Kind kind;
-    std::string text;  // as printed
     long long number;  // of kInt
+    size_t start;      // of the others: where the text lies in texts_, a terminator behind it
+    size_t length;
   };
+  std::string_view TextOf(const Value& value) const {
+    return std::string_view(texts_).substr(value.start, value.length);
+  }
   template <typename Visitor>
   void VisitPattern(Visitor&& visit) const;
-  SqlStatement& Add(Kind kind, std::string text, long long number = 0);
+  SqlStatement& Add(Kind kind, std::string_view text);
+  void Reserve();
 
   const char* pattern_;
   std::vector<Value> values_;
+  std::string texts_;  // of all values, one behind the other
 };
 
 // The compiled statements of one connection, compiled once and used again.
