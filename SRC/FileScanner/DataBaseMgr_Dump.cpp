@@ -17,16 +17,15 @@ void LogCells(char** cells, int count) {
 
 // The names of the columns, then every row after an empty line.
 void DataBaseMgr::ExecAndPrint(const char* sql) {
-  vcol_head.clear();
-  vdata.clear();
-  nLastResult = SQLITE_MISUSE;
-  if (sql == nullptr || ppDataBase == nullptr) return;
-
   char** cells = nullptr;
   int rows = 0;
   int columns = 0;
-  nLastResult = sqlite3_get_table(ppDataBase, sql, &cells, &rows, &columns, nullptr);
+  nLastResult = SQLITE_MISUSE;
+  if (sql != nullptr && ppDataBase != nullptr)
+    nLastResult = sqlite3_get_table(ppDataBase, sql, &cells, &rows, &columns, nullptr);
   const orx::RawTable table(cells);
+  vcol_head.clear();  // only now: the text may be a cell of the last result
+  vdata.clear();
   if (nLastResult != SQLITE_OK || table == nullptr) return;
 
   LogCells(cells, columns);

@@ -34,6 +34,12 @@ TEST_F(DatabaseDump, LeavesTheResultVectorsEmpty) {
   EXPECT_TRUE(DataBaseMgr::vcol_head.empty());
 }
 
+TEST_F(DatabaseDump, TakesAStatementThatIsACellOfTheLastResult) {
+  database_->ExecSqlStatment("select 'select 42 as [a rather long name for an answer]'");
+  database_->ExecAndPrint(DataBaseMgr::vdata[0].c_str());
+  EXPECT_EQ(Messages(), (Lines{"a rather long name for an answer    ", "", "\n", "42    "}));
+}
+
 TEST_F(DatabaseDump, LogsOneEmptyLineForATableWithoutRows) {
   database_->ExecAndPrint("select * from ObjectTable");
   EXPECT_EQ(Messages(), (Lines{""}));
