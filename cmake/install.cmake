@@ -1,0 +1,43 @@
+# What an installation holds: both libraries, the host platform, the public headers, the command,
+# the CMake package and the pkg-config files.
+include(CMakePackageConfigHelpers)
+
+set(ORXSCAN_PUBLIC_HEADERS
+    Platform/CameraPlatform.h Platform/Export.h
+    FileScanner/AudioMetaData.h FileScanner/DataBaseMgr.h FileScanner/DcfFileInfoVector.h
+    FileScanner/DirectoryScanner.h FileScanner/FileInfomation.h FileScanner/FileParser.h
+    FileScanner/FileParserFramework.h FileScanner/FileParser_JPEG.h FileScanner/FileParser_MP4.h
+    FileScanner/ImageMetaData.h FileScanner/MediaFileInfos.h FileScanner/MediaMetaData.h
+    FileScanner/MediaRes.h FileScanner/MultimediaQueryMgr.h FileScanner/OwnedText.h
+    FileScanner/VideoMetaData.h
+    MediaReaders/exif_reader.h MediaReaders/mp4_reader.h
+    OSAL/ORXAString.h OSAL/ORXCString.h OSAL/ORXFSHandler.h OSAL/ORXLog.h OSAL/ORXMemory.h
+    OSAL/ORXUString.h OSAL/StringUtiltiy.h OSAL/UniqueValueGenerator.h
+    UpnpUtil/upnp_file.h UpnpUtil/upnp_log.h UpnpUtil/upnp_string.h UpnpUtil/upnp_util.h)
+
+foreach(header IN LISTS ORXSCAN_PUBLIC_HEADERS)
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES SRC/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/${folder})
+endforeach()
+install(FILES host/HostPlatform.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/host)
+
+install(TARGETS orxscan orxscan_static orxscan_host EXPORT orxscanTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT orxscanTargets NAMESPACE orxscan::
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
+
+configure_package_config_file(cmake/orxscanConfig.cmake.in orxscanConfig.cmake
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
+write_basic_package_version_file(orxscanConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/orxscanConfig.cmake
+              ${PROJECT_BINARY_DIR}/orxscanConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
+
+foreach(file IN ITEMS orxscan.pc orxscan_host.pc)
+  configure_file(cmake/${file}.in ${file} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+if(TARGET orxscan_command)
+  install(TARGETS orxscan_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
