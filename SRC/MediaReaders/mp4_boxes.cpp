@@ -152,7 +152,8 @@ uint64_t SumOfSampleSizes(Mp4Walk& walk, const Mp4Box& box, uint32_t count) {
   uint8_t block[4096];
   uint64_t sum = 0;
   while (count > 0) {
-    const size_t wanted = std::min<size_t>(sizeof block, size_t{count} * 4);
+    const size_t wanted =
+        static_cast<size_t>(std::min<uint64_t>(sizeof block, uint64_t{count} * 4));
     ByteCursor sizes(block, walk.Read(box, block, wanted));
     if (sizes.size() < 4) break;
     for (; sizes.remaining() >= 4; --count) sum += sizes.U32();

@@ -28,14 +28,14 @@ struct mp4_metadata_t {
   double FrameRate;        // frames per second
   double VideoDurationMs;  // milliseconds
   int VideoFrameCount;
-  int VideoByteTotal;
-  int VideoBitrate;  // bits per second
-  int AudioBitrate;  // bits per second
+  int VideoByteTotal;  // of all frames; the size of one when all have the same
+  int VideoBitrate;    // bits per second
+  int AudioBitrate;    // bits per second
   int Channels;
   int SampleRate;  // samples per second
   int TrackNumber;
-  int CoverArtOffset;  // bytes from the start of the file
-  int CoverArtLength;  // bytes
+  int CoverArtOffset;  // file position where the "data" box of "covr" ends, less 16
+  int CoverArtLength;  // bytes of that box, its headers (16 bytes) included
   char Language[3];    // ISO 639-2, not terminated
   char* Date;          // "2026-11-21", when the file was last modified, local time
   char* Title;
@@ -43,7 +43,7 @@ struct mp4_metadata_t {
   char* AlbumTitle;
   char* Genre;
   char* Year;
-  char* DurationText;      // "0:01:02.003"
+  char* DurationText;      // "0:01:02", whole seconds
   char* CompatibleBrands;  // the brands of "ftyp", run together
 };
 
@@ -65,7 +65,9 @@ struct mp4_box_t {
 ORX_API int m4a_get_metadata(const char* path, mp4_metadata_t* meta);
 // Releases the texts and zeroes the record; null is harmless.
 ORX_API void m4a_free_metadata(mp4_metadata_t* meta);
-// Walks the boxes from the handle's position up to `limit`.  1 when media was found, else 0.
+// Walks the boxes from the handle's position up to the file position `limit`.  Takes "ftyp",
+// "mvhd", "tkhd", "mdhd", "hdlr", "stsd", "stsz" and the items of "ilst".  1 when media was found,
+// else 0.
 ORX_API int m4a_atom_get_metadata(st_UPNP_FILE* file, long long limit, mp4_metadata_t* meta);
 // Reads an ADTS header at the handle's position.  1 when it is one of AAC-LC, else 0.
 ORX_API int aac_adts_get_metadata(st_UPNP_FILE* file, long long limit, mp4_metadata_t* meta);
