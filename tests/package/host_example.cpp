@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
   sqlite3* database = nullptr;
   if (sqlite3_open_v2(argv[2], &database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) return 1;
   auto print = [](void*, int, char** cell, char**) {
-    return printf("%s  %s\n", cell[0], cell[1]) < 0;
+    return printf("%s  %s\n", cell[0], cell[1]) < 0 ? 1 : 0;
   };
   sqlite3_exec(database, "select FullPath, DLNAProfile from ImageTable", print, nullptr, nullptr);
   sqlite3_exec(database, "select FullPath, DLNAProfile from VideoTable", print, nullptr, nullptr);
