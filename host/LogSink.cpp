@@ -1,0 +1,76 @@
+// The log service: every line is finished here and handed to one sink.
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+
+#include "Platform/CameraPlatform.h"
+#include "host/HostPlatform.h"
+
+namespace {
+
+constexpr int kLibraryId = 3;
+constexpr char kLibraryTag[] = "DLNA";
+constexpr int kPriorityError = 6;
+
+struct Sink {
+  std::recursive_mutex mutex;  // recursive: a sink may log
+  std::shared_ptr<const HostPlatform::LogSink> function;
+};
+
+// Never destroyed: a thread may log while the process ends.
+Sink& TheSink() {
+  static Sink* sink = new Sink;
+  return *sink;
+}
+
+void WriteUncopiedErrors(int id, int priority, const std::string& tag, const std::string& line) {
+  const bool copied = id == kLibraryId && tag == kLibraryTag;
+  if (priority < kPriorityError || copied) return;
+  const bool ended = !line.empty() && line.back() == '\n';
+  fprintf(stderr, "[%-10s] %s%s", tag.c_str(), line.c_str(), ended ? "" : "\n");
+}
+
+std::string Finished(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  if (length <= 0) return {};
+  std::string line(static_cast<size_t>(length), '\0');
+  vsnprintf(line.data(), line.size() + 1, format, arguments);
+  return line;
+}
+
+void Deliver(int id, int priority, const std::string& tag, const std::string& line) {
+  Sink& sink = TheSink();
+  const std::lock_guard<std::recursive_mutex> lock(sink.mutex);
+  const auto function = sink.function;  // survives a sink that sets another one
+  if (function != nullptr) {
+    (*function)(id, priority, tag, line);
+  } else {
+    WriteUncopiedErrors(id, priority, tag, line);
+  }
+}
+
+}  // namespace
+
+void HostPlatform::SetLogSink(LogSink function) {
+  Sink& sink = TheSink();
+  const std::lock_guard<std::recursive_mutex> lock(sink.mutex);
+  sink.function = function ? std::make_shared<const LogSink>(std::move(function)) : nullptr;
+}
+
+int __dlog_print(int logId, int priority, const char* tag, const char* format, ...) {
+  if (format == nullptr) return -1;
+  va_list arguments;
+  va_start(arguments, format);
+  int result = 0;
+  try {
+    Deliver(logId, priority, tag != nullptr ? tag : "", Finished(format, arguments));
+  } catch (...) {  // nothing may be thrown into the library
+    result = -1;
+  }
+  va_end(arguments);
+  return result;
+}
