@@ -1,0 +1,30 @@
+// Runs a program and keeps what it says.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace orx_test {
+
+struct ProcessResult {
+  int status = -1;     // exit status, or 128 + the signal that ended it
+  std::string output;  // standard output; on a terminal, everything
+  std::string errors;  // standard error
+};
+
+// With pipes for its output.  `environment` adds "NAME=value" entries.
+ProcessResult RunProcess(const std::vector<std::string>& arguments,
+                         const std::vector<std::string>& environment = {});
+
+// On a terminal of its own.  `onOutput` is called with all output so far, each time there is more;
+// it may send the process a signal, or write to the terminal as a user types.
+struct Terminal {
+  int process;
+  int descriptor;
+};
+ProcessResult RunOnTerminal(
+    const std::vector<std::string>& arguments,
+    const std::function<void(const std::string& output, Terminal)>& onOutput = nullptr);
+
+}  // namespace orx_test

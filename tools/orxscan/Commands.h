@@ -1,0 +1,19 @@
+// The subcommands.  Each adds itself to the command line and returns what is to be run when it was
+// chosen; that returns the exit status.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace orxscan {
+
+struct Command {
+  CLI::App* app;
+  std::function<int()> run;
+};
+
+Command AddScanCommand(CLI::App* parent);
+Command AddRegisterCommand(CLI::App* parent);
+Command AddInfoCommand(CLI::App* parent);
+
+}  // namespace orxscan

@@ -1,0 +1,68 @@
+#include "Library.h"
+
+#include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DirectoryScanner.h"
+#include "Output.h"
+#include "host/HostPlatform.h"
+
+namespace orxscan {
+namespace {
+
+constexpr int kPriorityError = 6;
+constexpr size_t kMaxErrors = 1000;  // a damaged database fails once a file
+
+void RemoveAll(const std::string& part, std::string* text) {
+  for (size_t at = text->find(part); at != std::string::npos; at = text->find(part, at))
+    text->erase(at, part.size());
+}
+
+// "DataBaseMgr.cpp: OpenDB(114) > \x1b[31mmessage\x1b[m\n"
+LogLine Parse(int priority, const std::string& line) {
+  LogLine parsed{priority >= kPriorityError, {}, line};
+  const size_t source = line.find(": ");
+  const size_t number = source == std::string::npos ? source : line.find('(', source);
+  const size_t arrow = number == std::string::npos ? number : line.find(") > ", number);
+  if (arrow != std::string::npos) {
+    parsed.function = line.substr(source + 2, number - source - 2);
+    parsed.message = line.substr(arrow + 4);
+  }
+  for (const char* colour : {"\x1b[31m", "\x1b[m"}) RemoveAll(colour, &parsed.message);
+  if (!parsed.message.empty() && parsed.message.back() == '\n') parsed.message.pop_back();
+  return parsed;
+}
+
+}  // namespace
+
+QuietLibrary::QuietLibrary(std::function<void(const LogLine&)> listener)
+    : listener_(std::move(listener)), nowhere_(fopen("/dev/null", "we")) {
+  if (nowhere_ == nullptr) throw Failure("cannot open /dev/null");
+  fflush(stdout);
+  standardOutput_ = stdout;
+  standardError_ = stderr;
+  stdout = nowhere_;
+  stderr = nowhere_;
+  HostPlatform::SetLogSink([this](int, int priority, const std::string&, const std::string& line) {
+    Receive(priority, line);
+  });
+}
+
+QuietLibrary::~QuietLibrary() {
+  HostPlatform::SetLogSink(nullptr);
+  stdout = standardOutput_;
+  stderr = standardError_;
+  fclose(nowhere_);
+}
+
+void QuietLibrary::Receive(int priority, const std::string& line) {
+  if (priority < kPriorityError && !listener_) return;
+  const LogLine parsed = Parse(priority, line);
+  if (parsed.error && errors_.size() < kMaxErrors) errors_.push_back(parsed.message);
+  if (listener_) listener_(parsed);
+}
+
+LibraryInstances::~LibraryInstances() {
+  DataBaseMgr::DestroyInstance();
+  DirectoryScanner::DestroyInstance();
+}
+
+}  // namespace orxscan

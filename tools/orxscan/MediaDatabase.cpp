@@ -1,0 +1,197 @@
+#include "MediaDatabase.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <tuple>
+
+#include "Output.h"
+
+namespace orxscan {
+namespace {
+
+constexpr int kPatience = 2000;  // milliseconds to wait for another program
+
+struct CloseConnection {
+  void operator()(sqlite3* connection) const { sqlite3_close(connection); }
+};
+using Connection = std::unique_ptr<sqlite3, CloseConnection>;
+
+struct Finalize {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
+Connection Open(const std::string& path, const std::string& name, int flags) {
+  sqlite3* raw = nullptr;
+  const int code = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+  Connection connection(raw);
+  if (code != SQLITE_OK) throw Failure("database {}: {}", name, sqlite3_errstr(code));
+  sqlite3_busy_timeout(raw, kPatience);
+  return connection;
+}
+
+Statement Prepare(sqlite3* connection, const std::string& name, const std::string& sql) {
+  sqlite3_stmt* raw = nullptr;
+  if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK)
+    throw Failure("database {}: {}", name, sqlite3_errmsg(connection));
+  return Statement(raw);
+}
+
+bool NextRow(sqlite3_stmt* statement, const std::string& name) {
+  const int code = sqlite3_step(statement);
+  if (code != SQLITE_ROW && code != SQLITE_DONE)
+    throw Failure("database {}: {}", name, sqlite3_errstr(code));
+  return code == SQLITE_ROW;
+}
+
+std::string Text(sqlite3_stmt* statement, int column) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+  return text == nullptr
+             ? ""
+             : std::string(text, static_cast<size_t>(sqlite3_column_bytes(statement, column)));
+}
+
+// Whether the file is a media database of the full layout and not locked for good.
+void CheckExisting(const std::string& path, const std::string& name) {
+  const Connection connection = Open(path, name, SQLITE_OPEN_READWRITE);
+  const Statement tables = Prepare(connection.get(), name,
+                                   "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND "
+                                   "name IN ('ObjectTable', 'ContainerTable', 'ImageTable', "
+                                   "'AudioTable', 'VideoTable')");
+  NextRow(tables.get(), name);
+  if (sqlite3_column_int(tables.get(), 0) != 5) throw Failure("{} is not a media database", name);
+  sqlite3_reset(tables.get());
+  if (sqlite3_db_readonly(connection.get(), "main") == 1)
+    throw Failure("database {} cannot be written", name);
+  // Takes the lock that a scan will take, and gives it back.
+  if (sqlite3_exec(connection.get(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) != SQLITE_OK)
+    throw Failure("database {}: {}", name, sqlite3_errmsg(connection.get()));
+  sqlite3_exec(connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+// SQLite writes a journal beside the database, so the folder has to be writable in any case.
+void CheckFolder(const std::string& path, const std::string& name) {
+  const std::string folder = std::filesystem::path(path).parent_path().string();
+  struct stat64 status = {};
+  if (stat64(folder.c_str(), &status) != 0)
+    throw Failure("database {}: folder {}: {}", name, Quoted(folder), strerror(errno));
+  if (!S_ISDIR(status.st_mode))
+    throw Failure("database {}: {} is not a folder", name, Quoted(folder));
+  if (access(folder.c_str(), W_OK | X_OK) != 0)
+    throw Failure("database {}: folder {}: {}", name, Quoted(folder), strerror(errno));
+}
+
+// Absolute, so that SQLite takes no name (":memory:", "file:x") for one of its own.
+std::string AbsolutePath(const std::string& path) {
+  if (path.empty()) throw Failure("the name of the database is empty");
+  return std::filesystem::absolute(path).string();
+}
+
+// What SQLite said, out of "... errmsg : [database or disk is full]".
+std::string SqliteMessage(const std::string& error) {
+  constexpr char kStart[] = "errmsg : [";
+  const size_t at = error.find(kStart);
+  if (at == std::string::npos) return "it cannot be opened";
+  const size_t start = at + sizeof kStart - 1;
+  return error.substr(start, error.rfind(']') - start);
+}
+
+// The library could not open the database, make its tables or end its transaction.
+bool ConcernsTheDatabase(const std::string& error) {
+  for (const char* sign : {"OpenDB fail", "sqlite3_open error", "query : BEGIN;", "query : COMMIT;",
+                           "query : create table"})
+    if (error.find(sign) != std::string::npos) return true;
+  return false;
+}
+
+}  // namespace
+
+bool ObjectRow::operator<(const ObjectRow& other) const {
+  return std::tie(id, mediaClass, path) < std::tie(other.id, other.mediaClass, other.path);
+}
+
+MediaDatabase::MediaDatabase(const std::string& path)
+    : path_(AbsolutePath(path)), name_(Quoted(path)) {
+  struct stat64 status = {};
+  if (stat64(path_.c_str(), &status) != 0) {
+    if (errno != ENOENT) throw Failure("database {}: {}", name_, strerror(errno));
+    if (path_.back() == '/') throw Failure("database {}: this is the name of a folder", name_);
+    CheckFolder(path_, name_);
+    return;
+  }
+  existed_ = true;
+  if (S_ISDIR(status.st_mode)) throw Failure("database {} is a folder", name_);
+  if (!S_ISREG(status.st_mode)) throw Failure("database {} is not a regular file", name_);
+  if (status.st_size == 0) throw Failure("database {} is an empty file; delete it first", name_);
+  if (access(path_.c_str(), W_OK) != 0) throw Failure("database {}: {}", name_, strerror(errno));
+  CheckFolder(path_, name_);
+  CheckExisting(path_, name_);
+}
+
+std::vector<ObjectRow> MediaDatabase::Select(const std::string& condition,
+                                             const std::string* value) const {
+  std::vector<ObjectRow> rows;
+  if (access(path_.c_str(), F_OK) != 0) return rows;
+  const Connection connection = Open(path_, name_, SQLITE_OPEN_READONLY);
+  const Statement statement =
+      Prepare(connection.get(), name_,
+              "SELECT id, class, FullPath FROM ObjectTable AS o WHERE (class = 0"
+              " OR EXISTS (SELECT 1 FROM ImageTable WHERE id = CAST(o.id AS TEXT))"
+              " OR EXISTS (SELECT 1 FROM AudioTable WHERE id = CAST(o.id AS TEXT))"
+              " OR EXISTS (SELECT 1 FROM VideoTable WHERE id = CAST(o.id AS TEXT))) " +
+                  condition + " ORDER BY id");
+  if (value != nullptr)
+    sqlite3_bind_text(statement.get(), 1, value->c_str(), static_cast<int>(value->size()),
+                      SQLITE_TRANSIENT);
+  while (NextRow(statement.get(), name_))
+    rows.push_back({sqlite3_column_int64(statement.get(), 0),
+                    sqlite3_column_int(statement.get(), 1), Text(statement.get(), 2)});
+  return rows;
+}
+
+std::vector<ObjectRow> MediaDatabase::Objects() const { return Select("", nullptr); }
+
+std::vector<ObjectRow> MediaDatabase::ObjectsAt(const std::string& fullPath) const {
+  return Select("AND FullPath = ?", &fullPath);
+}
+
+std::vector<ObjectRow> MediaDatabase::ObjectsWithId(const std::string& id) const {
+  return Select("AND id = ?", &id);
+}
+
+std::vector<ProfileCount> MediaDatabase::Profiles() const {
+  std::vector<ProfileCount> profiles;
+  if (access(path_.c_str(), F_OK) != 0) return profiles;
+  const Connection connection = Open(path_, name_, SQLITE_OPEN_READONLY);
+  const Statement statement =
+      Prepare(connection.get(), name_,
+              "SELECT DLNAProfile, MimeType, count(*) AS n FROM ("
+              "SELECT DLNAProfile, MimeType FROM ImageTable UNION ALL "
+              "SELECT DLNAProfile, MimeType FROM VideoTable UNION ALL "
+              "SELECT DLNAProfile, MimeType FROM AudioTable) "
+              "GROUP BY DLNAProfile, MimeType ORDER BY n DESC, DLNAProfile, MimeType");
+  while (NextRow(statement.get(), name_))
+    profiles.push_back({Text(statement.get(), 0), Text(statement.get(), 1),
+                        sqlite3_column_int64(statement.get(), 2)});
+  return profiles;
+}
+
+void MediaDatabase::CheckWritten(const std::vector<std::string>& errors) const {
+  for (const std::string& error : errors) {
+    if (!ConcernsTheDatabase(error)) continue;
+    RemoveIfNew();
+    throw Failure("database {}: {}", name_, SqliteMessage(error));
+  }
+}
+
+void MediaDatabase::RemoveIfNew() const {
+  if (!existed_) unlink(path_.c_str());
+}
+
+}  // namespace orxscan

@@ -1,0 +1,57 @@
+// The database file as the command sees it: checked before the library opens it, and read for the
+// summary, on a connection of its own.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace orxscan {
+
+// One row of the object table.
+struct ObjectRow {
+  long long id;
+  int mediaClass;  // 0 folder, 1 picture, 2 sound, 3 film
+  std::string path;
+
+  bool operator<(const ObjectRow& other) const;
+};
+
+struct ProfileCount {
+  std::string profile;
+  std::string mimeType;
+  long long count;
+};
+
+class MediaDatabase {
+ public:
+  // Checks that `path` is a media database that can be written, or that one can be created there.
+  // Throws a Failure; creates and changes nothing.
+  explicit MediaDatabase(const std::string& path);
+
+  const std::string& path() const { return path_; }  // absolute
+  bool existed() const { return existed_; }          // before the command ran
+  // The folders and the items in id order, empty when there is no file.  An object whose medium is
+  // missing is left out: the database refused a text of it.  Throws a Failure.
+  std::vector<ObjectRow> Objects() const;
+  // The rows of one path, or of one id.
+  std::vector<ObjectRow> ObjectsAt(const std::string& fullPath) const;
+  std::vector<ObjectRow> ObjectsWithId(const std::string& id) const;
+  // How many items have which profile, the most frequent first.
+  std::vector<ProfileCount> Profiles() const;
+
+  // Throws a Failure when the library's errors say that the database could not be opened, made or
+  // written; what was made for it is removed again.  Errors of single files are no such errors.
+  void CheckWritten(const std::vector<std::string>& errors) const;
+  // Removes the file when it was not there before.
+  void RemoveIfNew() const;
+
+ private:
+  std::vector<ObjectRow> Select(const std::string& condition, const std::string* value) const;
+
+  std::string path_;
+  std::string name_;  // as the user wrote it, quoted
+  bool existed_ = false;
+};
+
+}  // namespace orxscan

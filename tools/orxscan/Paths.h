@@ -1,0 +1,15 @@
+// What the user names on the command line, checked before the library touches anything.
+#pragma once
+
+#include <string>
+
+namespace orxscan {
+
+// The canonical path of a readable folder, without a slash at its end.  Throws a Failure.
+std::string CheckedFolder(const std::string& path);
+// The canonical path of a readable regular file.  Throws a Failure.
+std::string CheckedFile(const std::string& path);
+// The whole text of a file that holds a list of protocolInfo entries.  Throws a Failure.
+std::string ReadProfiles(const std::string& path);
+
+}  // namespace orxscan

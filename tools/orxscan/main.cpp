@@ -1,0 +1,59 @@
+// orxscan: makes and keeps a media database of a folder.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <iterator>
+#include <string>
+
+#include "Commands.h"
+#include "Output.h"
+
+namespace {
+
+using namespace orxscan;
+
+int Fail(const std::string& message) {
+  fmt::print(stderr, "orxscan: {}\n", Printable(message));
+  return kFailed;
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app("Makes and keeps a media database of a folder of pictures, films and sounds.",
+               "orxscan");
+  app.set_version_flag("--version", "orxscan " ORXSCAN_VERSION);
+  app.require_subcommand(1);
+  app.footer("Exit status: 0 done, 1 could not, 130 cancelled.");
+  const Command commands[] = {AddScanCommand(&app), AddRegisterCommand(&app), AddInfoCommand(&app)};
+  const auto isFirstArgument = [&](const Command& command) {
+    return command.app->get_name() == argv[1];
+  };
+  if (argc > 1 && argv[1][0] != '-' &&
+      std::none_of(std::begin(commands), std::end(commands), isFirstArgument))
+    return Fail(fmt::format("there is no command '{}' (see orxscan --help)", argv[1]));
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& help) {  // --help and --version
+    app.exit(help);
+    FinishOutput();
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    return Fail(std::string(error.what()) + " (see orxscan --help)");
+  }
+  int status = kFailed;
+  for (const Command& command : commands)
+    if (command.app->parsed()) status = command.run();
+  FinishOutput();
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& failure) {
+    fflush(stdout);
+    return Fail(failure.what());
+  }
+}
