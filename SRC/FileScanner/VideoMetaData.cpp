@@ -1,5 +1,7 @@
 #include "FileScanner/VideoMetaData.h"
 
+#include <algorithm>
+
 #include "FileScanner/AudioMetaData.h"
 
 VideoMetaData::~VideoMetaData() {
@@ -8,7 +10,9 @@ VideoMetaData::~VideoMetaData() {
 }
 
 void VideoMetaData::SetAudioData(AudioMetaData* track) {
-  if (track == nullptr || track == AudioData_) return;
+  if (track == AudioData_) return;
+  earlierTracks_.erase(std::remove(earlierTracks_.begin(), earlierTracks_.end(), track),
+                       earlierTracks_.end());
   if (AudioData_ != nullptr) earlierTracks_.push_back(AudioData_);
   AudioData_ = track;
 }

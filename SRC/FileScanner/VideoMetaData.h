@@ -27,8 +27,8 @@ class ORX_API VideoMetaData : public MediaMetaData {
   void SetAlbumArtOffset(int value) { AlbumArtOffset_ = value; }
   int GetAlbumArtLength() const { return AlbumArtLength_; }
   void SetAlbumArtLength(int value) { AlbumArtLength_ = value; }
-  // The sound track; the record takes the ownership over.  A track that another one supersedes
-  // lives until the record is destroyed.
+  // The sound track, null for none; the record takes the ownership over.  A track that another one
+  // or null supersedes lives until the record is destroyed.
   AudioMetaData* GetAudioData() const { return AudioData_; }
   void SetAudioData(AudioMetaData* track);
   int GetThumbnailOffset() const { return ThumbnailOffset_; }

@@ -282,4 +282,30 @@ TEST(VideoMetaData, KeepsASupersededSoundTrackUntilItsEnd) {
   EXPECT_EQ(destroyed, 2);
 }
 
+TEST(VideoMetaData, TakesASupersededSoundTrackBack) {
+  int destroyed = 0;
+  {
+    VideoMetaData video;
+    auto* first = new WatchedTrack(&destroyed);
+    video.SetAudioData(first);
+    video.SetAudioData(new WatchedTrack(&destroyed));
+    video.SetAudioData(first);
+    EXPECT_EQ(video.GetAudioData(), first);
+    EXPECT_EQ(destroyed, 0);
+  }
+  EXPECT_EQ(destroyed, 2);
+}
+
+TEST(VideoMetaData, HasNoSoundTrackAfterNull) {
+  int destroyed = 0;
+  {
+    VideoMetaData video;
+    video.SetAudioData(new WatchedTrack(&destroyed));
+    video.SetAudioData(nullptr);
+    EXPECT_EQ(video.GetAudioData(), nullptr);
+    EXPECT_EQ(destroyed, 0);
+  }
+  EXPECT_EQ(destroyed, 1);
+}
+
 }  // namespace
