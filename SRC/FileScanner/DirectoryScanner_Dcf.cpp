@@ -13,6 +13,7 @@
 #include "FileScanner/DcfUri.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/KnownPaths.h"
+#include "FileScanner/SqlConnection.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/StringUtiltiy.h"
@@ -26,10 +27,6 @@ constexpr size_t kLongestDirectory = 510;  // characters
 constexpr size_t kBannerLength = 45;
 constexpr size_t kLongBannerLength = 70;
 constexpr char kMissingText[] = " ";  // what the database has where a record had no text
-
-struct FreeTable {
-  void operator()(char** cells) const { sqlite3_free_table(cells); }
-};
 
 const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
@@ -276,7 +273,7 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
   char** rows = nullptr;
   int count = 0;
   scanner_.GetArrayOfFullPath(id != nullptr ? id.get() : kMissingText, &rows, &count);
-  const std::unique_ptr<char*, FreeTable> table(rows);
+  const orx::RawTable table(rows);
   orx::KnownPaths known(rows, count);
 
   for (; FilesLeft() && !Cancelled(); ++nextFile_) {

@@ -1,5 +1,4 @@
 // The scan of a directory tree.
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/KnownPaths.h"
 #include "FileScanner/MediaMetaData.h"
+#include "FileScanner/SqlConnection.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -28,10 +28,6 @@ constexpr char kNoParent[] = "0";
 constexpr unsigned kContainer = 0;
 
 enum EntryType { kDirectoryEntry = 0, kFileEntry = 1, kUnknownEntry = -1 };
-
-struct FreeTable {
-  void operator()(char** cells) const { sqlite3_free_table(cells); }
-};
 
 const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
@@ -114,7 +110,7 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
   char** rows = nullptr;
   int count = 0;
   GetArrayOfFullPath(id, &rows, &count);
-  const std::unique_ptr<char*, FreeTable> table(rows);
+  const orx::RawTable table(rows);
   orx::KnownPaths known(rows, count);
 
   // Not on the stack: a deep tree has one of these for each level.

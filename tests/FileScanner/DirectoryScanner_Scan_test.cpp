@@ -403,4 +403,103 @@ TEST_F(ScanTest, TakesADirectoryWithATrailingSlash) {
   EXPECT_THAT(Paths("ImageTable"), ElementsAre(InCard("a.jpg")));
 }
 
+TEST_F(ScanTest, TakesARelativeDirectory) {
+  Write("sub/a.jpg", MakeJpeg());
+  ASSERT_EQ(chdir(temp_.path().c_str()), 0);
+  testing::internal::CaptureStderr();
+  int status = 0;
+  scanner()->ScanDir("card", db_.c_str(), &status);
+  testing::internal::GetCapturedStderr();
+  ASSERT_EQ(chdir("/"), 0);
+  EXPECT_EQ(status, 1);
+  EXPECT_EQ(Cell("select parentID from ObjectTable where FullPath = 'card'"), "0");
+  EXPECT_THAT(Paths("ObjectTable"), ElementsAre("card", "card/sub", "card/sub/a.jpg"));
+}
+
+TEST_F(ScanTest, AFileInPlaceOfTheDirectoryIsNotRecorded) {
+  const std::string path = Write("a.jpg", MakeJpeg());
+  int status = 0;
+  scanner()->ScanDir(path.c_str(), db_.c_str(), &status);
+  EXPECT_TRUE(platform().Logged("_ScanDir : '" + path + "' : Not Directory"));
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(Paths("ObjectTable"), IsEmpty());
+}
+
+TEST_F(ScanTest, ADirectoryThatBecameAFileLeavesNoRowsBelowIt) {
+  Write("sub/a.jpg", MakeJpeg());
+  QuietScan();
+  std::filesystem::remove_all(InCard("sub"));
+  Write("sub", "no directory");
+  QuietScan();
+  EXPECT_THAT(Paths("ImageTable"), IsEmpty());
+  EXPECT_THAT(Paths("ObjectTable"), testing::Not(Contains(InCard("sub/a.jpg"))));
+}
+
+TEST_F(ScanTest, LogsOneFailureForTheContainerRowOfEachNewDirectory) {
+  Write("one/a.jpg", MakeJpeg());
+  Write("two/b.jpg", MakeJpeg());
+  const auto errors = [this] {
+    int count = 0;
+    for (const LogLine& line : platform().log)
+      if (line.priority == 6) {
+        ++count;
+        EXPECT_EQ(
+            line.message.rfind("[DataBaseMgr::ExecSqlStatmentNoValueReturn]\n\tquery : insert "
+                               "into ContainerTable values (",
+                               0),
+            0u)
+            << line.message;
+      }
+    return count;
+  };
+  QuietScan();
+  EXPECT_EQ(errors(), 3);
+  platform().log.clear();
+  QuietScan();
+  EXPECT_EQ(errors(), 0);
+}
+
+TEST_F(ScanTest, RecordsNamesOfEveryOtherKindAsTheyAreAndKnowsThemAgain) {
+  const std::vector<std::string> names = {"%s%n%d.jpg",   "'); drop table ObjectTable; --.jpg",
+                                          "FullPath.jpg", "a\\b.jpg",
+                                          "a\nb.jpg",     "a%_b.jpg",
+                                          " .jpg",        "\xff\xfe.jpg",
+                                          "\x83\x5c.jpg", "caf\xc3\xa9.jpg",
+                                          "?1.jpg",       "-.jpg"};
+  std::vector<std::string> expected;
+  for (const std::string& name : names) expected.push_back(Write("100%d'x/" + name, MakeJpeg()));
+  QuietScan();
+  EXPECT_THAT(Paths("ImageTable"), testing::UnorderedElementsAreArray(expected));
+  expected.insert(expected.end(), {card_, InCard("100%d'x")});
+  EXPECT_THAT(Paths("ObjectTable"), testing::UnorderedElementsAreArray(expected));
+
+  const std::string before = Everything();
+  EXPECT_EQ(QuietScan(), 0);
+  EXPECT_EQ(Everything(), before);
+}
+
+TEST_F(ScanTest, ADirectoryWhoseRowCannotBeWrittenLeavesNothingOfItsTree) {
+  Write("in\"ch/a.jpg", MakeJpeg());
+  Write("in\"ch/sub/b.jpg", MakeJpeg());
+  Write("other/c.jpg", MakeJpeg());
+  QuietScan();
+  QuietScan();
+  EXPECT_THAT(Paths("ObjectTable"), ElementsAre(card_, InCard("other"), InCard("other/c.jpg")));
+  EXPECT_THAT(Paths("ImageTable"), ElementsAre(InCard("other/c.jpg")));
+}
+
+TEST_F(ScanTest, WalksATreeToTheDeepestPathThatFits) {
+  std::string deepest = card_;
+  std::vector<std::string> expected = {card_};
+  while (deepest.size() + 2 <= 510) expected.push_back(deepest += "/d");
+  std::filesystem::create_directories(deepest);
+  QuietScan();
+  EXPECT_GT(expected.size(), 200u);
+  EXPECT_EQ(Column("select FullPath from ObjectTable order by id"), expected);
+  EXPECT_EQ(Cell("select count(*) from ObjectTable child, ObjectTable above where child.parentID = "
+                 "above.id and child.FullPath = above.FullPath || '/d'"),
+            std::to_string(expected.size() - 1));
+  EXPECT_EQ(QuietScan(), 0);
+}
+
 }  // namespace
