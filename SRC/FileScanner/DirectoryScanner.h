@@ -179,7 +179,6 @@ class ORX_API DirectoryScanner {
   using AddDirectory = char* (DirectoryScanner::*)(const char* path, const char* parentId);
   char* FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add, int* status);
   void ScanEntries(ORXFSHandler* handler, const char* dir, const char* id, int* status);
-  int HandleParsedFile(MediaMetaData* record, const char* parentId, const char* name);
 
   orx::OwnedText profileLists_;
   std::vector<DirectoryIdentity> openDirectories_;  // from the scan's root to where it stands

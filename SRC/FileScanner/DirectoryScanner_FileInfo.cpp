@@ -13,12 +13,12 @@
 
 #include "FileScanner/AudioMetaData.h"
 #include "FileScanner/DirectoryScanner.h"
-#include "FileScanner/ExtensionList.h"
 #include "FileScanner/FileInfomation.h"
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/JpegProfile.h"
 #include "FileScanner/MediaFileInfos.h"
+#include "FileScanner/PlatformRecord.h"
 #include "FileScanner/VideoMetaData.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
@@ -30,7 +30,7 @@
 
 namespace {
 
-enum MediaType : unsigned { kImage = 1, kAudio = 2, kVideo = 3 };
+constexpr unsigned kImage = 1;
 
 constexpr size_t kDateBytes = 12;  // "2026-11-21" and a year of five digits
 
@@ -143,24 +143,10 @@ bool FillKindOfMedium(const MediaMetaData* record, MediaFileDisplayInfo* info) {
   return true;
 }
 
-// A new record for a file of this extension, from the platform's attributes; null for any other.
-std::unique_ptr<MediaMetaData> PlatformRecord(DirectoryScanner* scanner, const char* extension,
-                                              const char* fullPath, bool* supported) {
-  std::unique_ptr<MediaMetaData> record;
-  *supported = true;
-  if (orx::ListHasExtension(MRCP_JPEG_Extension, extension)) {
-    record.reset(scanner->__ExtractImageMetadata(fullPath));
-  } else if (orx::ListHasExtension(MP4_Extension, extension)) {
-    record.reset(scanner->__ExtractVideoMetadata(fullPath));
-    if (record == nullptr) return record;
-    record->SetMimeType("video/mp4");
-    record->SetType(kVideo);
-    record->SetDLNAProfile("*");
-  } else {
-    *supported = false;
-  }
-  return record;
-}
+const orx::PictureRule kDescribedPictures = {&MRCP_JPEG_Extension,
+                                             [](DirectoryScanner* scanner, const char* path) {
+                                               return scanner->__ExtractImageMetadata(path);
+                                             }};
 
 // False for a record of no known kind.
 bool FillMediaFileInfos(const MediaMetaData* record, const char* fullPath, MediaFileInfos* infos) {
@@ -214,9 +200,9 @@ MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath
     return nullptr;
   }
   std::unique_ptr<MediaMetaData> record;
-  {
+  if (FileParserFramework* parsers = _GetFMParserFramework(); parsers != nullptr) {
     const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, fullPath);
-    record.reset(_GetFMParserFramework()->HandleFile(&file));
+    record.reset(parsers->HandleFile(&file));
   }
   if (record == nullptr) return nullptr;
 
@@ -250,7 +236,7 @@ MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath)
   }
   bool supported = false;
   const std::unique_ptr<MediaMetaData> record =
-      PlatformRecord(this, orx::LowerCaseExtension(dot + 1).c_str(), fullPath, &supported);
+      orx::PlatformRecord(this, kDescribedPictures, dot + 1, fullPath, &supported);
   if (!supported) {
     ORX_LOG_INFO("[DirectoryScanner::ParseAndGetMediaFileInfo]  [%s] Extension not supported",
                  name.get());

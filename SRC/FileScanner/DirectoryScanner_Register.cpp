@@ -6,11 +6,10 @@
 
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DirectoryScanner.h"
-#include "FileScanner/ExtensionList.h"
 #include "FileScanner/FileInfomation.h"
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/ImageMetaData.h"
-#include "FileScanner/VideoMetaData.h"
+#include "FileScanner/PlatformRecord.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
 #include "OSAL/UniqueValueGenerator.h"
@@ -18,7 +17,6 @@
 namespace {
 
 constexpr unsigned kImage = 1;
-constexpr unsigned kVideo = 3;
 constexpr int kFailed = -1;
 constexpr char kTopDirectory[] = "0";
 constexpr size_t kDateSize = 16;  // of the buffer behind __ExtractFileSizeAndDateFromName
@@ -28,10 +26,78 @@ void SetUri(MediaMetaData* record, char* name) {
   record->SetURI(owned.get());
 }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+// `message` is one of the texts below, with one place for `name`; null is not logged.
+int Refuse(const char* message, const char* name) {
+  if (message != nullptr) ORX_LOG_INFO(message, name != nullptr ? name : "");
+  return 0;
+}
+#pragma GCC diagnostic pop
+
+// The registrations that parse the file.
+struct ParsedRegistration {
+  MediaMetaData* (FileParserFramework::*parse)(const FileInfomation*);
+  void (DirectoryScanner::*insert)(MediaMetaData*);
+  bool uriHasSortIndex;
+  const char* failedMessage;
+  const char* unsupportedMessage;
+};
+
+const ParsedRegistration kPlainRegistration = {
+    &FileParserFramework::HandleFile,
+    &DirectoryScanner::InsertItem,
+    false,
+    "[DirectoryScanner::HandleFile] Media file [%s] parsing failed",
+    "[DirectoryScanner::HandleFile] Unsupported media file [%s]",
+};
+
+const ParsedRegistration kSharedFileRegistration = {
+    &FileParserFramework::HandleFile2,
+    &DirectoryScanner::InsertItem2,
+    true,
+    "[DirectoryScanner::HandleFile] Media file [%s] parsing failed.\n",
+    "[DirectoryScanner::HandleFile] Unsupported media file [%s]\n",
+};
+
+using Parse = MediaMetaData* (FileParserFramework::*)(const FileInfomation*);
+
+std::unique_ptr<MediaMetaData> ParsedRecord(DirectoryScanner* scanner, Parse parse,
+                                            const FileInfomation& file) {
+  FileParserFramework* parsers = scanner->_GetFMParserFramework();
+  return std::unique_ptr<MediaMetaData>(parsers != nullptr ? (parsers->*parse)(&file) : nullptr);
+}
+
+// What HandleFile and HandleFile2 do.
+int RegisterParsed(DirectoryScanner* scanner, const ParsedRegistration& kind,
+                   const FileInfomation& file, const char* parentId) {
+  const auto record = ParsedRecord(scanner, kind.parse, file);
+  if (record == nullptr) return Refuse(kind.failedMessage, file.GetFileName());
+  if (scanner->CheckMediaFileForDLNAContent(record.get()) == 0)
+    return Refuse(kind.unsupportedMessage, file.GetFileName());
+  record->SetDirectoryID(parentId);
+  UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
+  SetUri(record.get(), kind.uriHasSortIndex
+                           ? names->GetUniqueURIMA(record->GetEXT(), record->GetSortIndex())
+                           : names->GetUniqueURIMA(record->GetEXT()));
+  (scanner->*kind.insert)(record.get());
+  return 1;
+}
+
+// A shared picture, which the platform serves with a profile of its own whatever its size.
+ImageMetaData* NewSharedPicture(DirectoryScanner* scanner, const char* /*path*/) {
+  ImageMetaData* record = scanner->__ExtractImageMetadata();
+  if (record == nullptr) return nullptr;
+  record->SetMimeType("image/jpeg");
+  record->SetType(kImage);
+  record->SetDLNAProfile("DLNA_LRG");
+  return record;
+}
+
 // The registrations that take everything from the platform differ in the pictures they accept and
-// in what they log.  A null message is not logged.
+// in what they log.
 struct PlatformRegistration {
-  const char* const* imageExtensions;
+  orx::PictureRule pictures;
   const char* noSizeMessage;
   const char* noMemoryMessage;
   const char* noExtensionMessage;
@@ -40,13 +106,16 @@ struct PlatformRegistration {
 };
 
 const PlatformRegistration kObjectOnlyRegistration = {
-    &JPEG_Extension, nullptr,
-    nullptr,         "\n[DirectoryScanner::HandleFile] [%s] is not a valid file with extension \n",
-    nullptr,         "[DirectoryScanner::HandleFileXQ] Media file [%s] parsing failed.\n",
+    {&JPEG_Extension, NewSharedPicture},
+    nullptr,
+    nullptr,
+    "\n[DirectoryScanner::HandleFile] [%s] is not a valid file with extension \n",
+    nullptr,
+    "[DirectoryScanner::HandleFileXQ] Media file [%s] parsing failed.\n",
 };
 
 const PlatformRegistration kBackupRegistration = {
-    &PC_JPEG_Extension,
+    {&PC_JPEG_Extension, NewSharedPicture},
     "[DirectoryScanner::HandleFileAutoBackup] Failed to extract date and size [%s]\n",
     "[DirectoryScanner::HandleFileAutoBackup] Failed to create FileInfo instance [%s] \n",
     "\n[DirectoryScanner::HandleFileAutoBackup] [%s] is not a valid file with extension \n",
@@ -54,39 +123,6 @@ const PlatformRegistration kBackupRegistration = {
     "Extension \n",
     "[DirectoryScanner::HandleFileAutoBackup] Media file [%s] parsing failed.\n",
 };
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-// `message` is one of the texts above, with one place for `name`.
-int Refuse(const char* message, const char* name) {
-  if (message != nullptr) ORX_LOG_INFO(message, name != nullptr ? name : "");
-  return 0;
-}
-#pragma GCC diagnostic pop
-
-// A new record of the kind that the extension names, from the platform; null for any other kind.
-std::unique_ptr<MediaMetaData> PlatformRecord(DirectoryScanner* scanner, const char* images,
-                                              const std::string& extension, const char* fullPath,
-                                              bool* supported) {
-  std::unique_ptr<MediaMetaData> record;
-  *supported = true;
-  if (orx::ListHasExtension(images, extension.c_str())) {
-    record.reset(scanner->__ExtractImageMetadata());
-    if (record == nullptr) return record;
-    record->SetMimeType("image/jpeg");
-    record->SetType(kImage);
-    record->SetDLNAProfile("DLNA_LRG");
-  } else if (orx::ListHasExtension(MP4_Extension, extension.c_str())) {
-    record.reset(scanner->__ExtractVideoMetadata(fullPath));
-    if (record == nullptr) return record;
-    record->SetMimeType("video/mp4");
-    record->SetType(kVideo);
-    record->SetDLNAProfile("*");
-  } else {
-    *supported = false;
-  }
-  return record;
-}
 
 // What HandleFileXQ and HandleFileAutoBackup do; `sortIndex` becomes decimal text.
 int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& kind,
@@ -104,8 +140,7 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
 
   bool supported = false;
   const std::unique_ptr<MediaMetaData> record =
-      PlatformRecord(scanner, *kind.imageExtensions, orx::LowerCaseExtension(file->GetExtension()),
-                     fullPath, &supported);
+      orx::PlatformRecord(scanner, kind.pictures, file->GetExtension(), fullPath, &supported);
   if (!supported) return Refuse(kind.unsupportedMessage, name);
   if (record == nullptr) return Refuse(kind.failedMessage, name);
 
@@ -127,45 +162,14 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
 
 int DirectoryScanner::HandleFile(const char* dir, const char* parentId, const char* name,
                                  const char* fullPath) {
-  std::unique_ptr<MediaMetaData> record;
-  {
-    const FileInfomation file(dir, name, fullPath);
-    record.reset(_GetFMParserFramework()->HandleFile(&file));
-  }
-  if (record == nullptr) {
-    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Media file [%s] parsing failed", name);
-    return 0;
-  }
-  if (CheckMediaFileForDLNAContent(record.get()) == 0) {
-    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Unsupported media file [%s]", name);
-    return 0;
-  }
-  record->SetDirectoryID(parentId);
-  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT()));
-  InsertItem(record.get());
-  return 1;
+  const FileInfomation file(dir, name, fullPath);
+  return RegisterParsed(this, kPlainRegistration, file, parentId);
 }
 
 int DirectoryScanner::HandleFile2(const char* dir, const char* parentId, const char* name,
                                   const char* fullPath, int dcfIndex, int sortIndex, int fileType) {
-  std::unique_ptr<MediaMetaData> record;
-  {
-    const FileInfomation file(dir, name, fullPath, dcfIndex, sortIndex, fileType);
-    record.reset(_GetFMParserFramework()->HandleFile2(&file));
-  }
-  if (record == nullptr) {
-    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Media file [%s] parsing failed.\n", name);
-    return 0;
-  }
-  if (CheckMediaFileForDLNAContent(record.get()) == 0) {
-    ORX_LOG_INFO("[DirectoryScanner::HandleFile] Unsupported media file [%s]\n", name);
-    return 0;
-  }
-  record->SetDirectoryID(parentId);
-  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT(),
-                                                                           record->GetSortIndex()));
-  InsertItem2(record.get());
-  return 1;
+  const FileInfomation file(dir, name, fullPath, dcfIndex, sortIndex, fileType);
+  return RegisterParsed(this, kSharedFileRegistration, file, parentId);
 }
 
 int DirectoryScanner::HandleFileXQ(const char* dir, const char* parentId, const char* name,
@@ -193,7 +197,7 @@ int DirectoryScanner::ParseAndRegisterFile(const char* dbPath, const char* fullP
   {
     const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, fullPath);
     ORX_LOG_INFO("[DirectoryScanner::ParseAndRegisterFile] File [%s]", fullPath);
-    record.reset(_GetFMParserFramework()->HandleFile(&file));
+    record = ParsedRecord(this, &FileParserFramework::HandleFile, file);
   }
   if (CheckMediaFileForDLNAContent(record.get()) == 0) return kFailed;
 

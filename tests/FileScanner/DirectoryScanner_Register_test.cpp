@@ -89,6 +89,38 @@ TEST_F(RegisterTest, HandleFileNamesAFileWithoutExtensionBin) {
   EXPECT_THAT(Cell("select uri from ImageTable"), MatchesRegex(".*\\.bin"));
 }
 
+TEST_F(RegisterTest, HandleFileLogsANameWithConversionsAsItIs) {
+  Open();
+  Write("100%s%n%d.jpg", "no picture");
+  EXPECT_EQ(HandleFile("100%s%n%d.jpg"), 0);
+  ExpectInfo("[DirectoryScanner::HandleFile] Media file [100%s%n%d.jpg] parsing failed");
+}
+
+TEST_F(RegisterTest, EveryHandlerRefusesNullTexts) {
+  Open();
+  EXPECT_EQ(scanner()->HandleFile(nullptr, nullptr, nullptr, nullptr), 0);
+  ExpectInfo("[DirectoryScanner::HandleFile] Media file [] parsing failed");
+  EXPECT_EQ(scanner()->HandleFile2(nullptr, nullptr, nullptr, nullptr, 0, 0, 0), 0);
+  ExpectInfo("[DirectoryScanner::HandleFile] Media file [] parsing failed.");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(scanner()->HandleFileXQ(nullptr, nullptr, nullptr, nullptr, 0, 0, 0), 0);
+  EXPECT_EQ(scanner()->HandleFileAutoBackup(nullptr, nullptr, nullptr, nullptr, 0, 0, 0), 0);
+  testing::internal::GetCapturedStderr();
+  ExpectInfo("[DirectoryScanner::HandleFileAutoBackup] Failed to extract date and size []");
+  EXPECT_EQ(Cell("select count(*) from ObjectTable"), "0");
+}
+
+TEST_F(RegisterTest, NothingIsParsedWithoutAParserChain) {
+  const std::string path = Write("a.jpg", MakeJpeg());
+  Open();
+  scanner()->_CleanUpRelations();
+  EXPECT_EQ(HandleFile("a.jpg"), 0);
+  EXPECT_EQ(Call(&DirectoryScanner::HandleFile2, "a.jpg"), 0);
+  EXPECT_EQ(scanner()->ParseAndGetFileInfo(path.c_str()), nullptr);
+  EXPECT_EQ(scanner()->ParseAndRegisterFile(db_.c_str(), path.c_str(), nullptr), -1);
+  EXPECT_EQ(Cell("select count(*) from ObjectTable"), "0");
+}
+
 // ---- HandleFile2 ----
 
 TEST_F(RegisterTest, HandleFile2TakesThePlatformsAttributesAndTheSortIndex) {
@@ -284,6 +316,37 @@ TEST_F(ParseAndRegisterFileTest, FailsForAnIdThatIsNotThere) {
   DataBaseMgr::DestroyInstance();
   EXPECT_EQ(Register(Write("a.jpg", MakeJpeg()).c_str(), "9"), -1);
   EXPECT_TRUE(platform().Logged("File [" + InCard("a.jpg") + "] failed to register"));
+  EXPECT_EQ(DataBaseMgr::mpThisInstance, nullptr);
+}
+
+TEST_F(ParseAndRegisterFileTest, FailsForAnIdThatIsNoNumberAndChangesNothing) {
+  Open()->ExecSqlStatmentNoValueReturn(
+      "insert into ObjectTable values (9, 1, \"-\", \"0\", \"-\", 0, 0, 0)");
+  DataBaseMgr::GetInstance()->ExecSqlStatmentNoValueReturn(
+      "insert into ImageTable (id, class, date, size, FullPath) values (\"9\", 1, \"-\", 0, "
+      "\"-\")");
+  DataBaseMgr::DestroyInstance();
+  const std::string path = Write("a.jpg", MakeJpeg());
+  for (const char* id : {"", "nine", "9\"", "9'", "9 or 1=1", "9\" or \"1\"=\"1",
+                         "9; drop table ObjectTable", "%s%n"}) {
+    EXPECT_EQ(Register(path.c_str(), id), -1) << id;
+    ExpectInfo("[DataBaseMgr::UpdateDBForNewItem] Media class not found");
+  }
+  EXPECT_EQ(Select("select id, FullPath from ObjectTable"), (Rows{{"9", "-"}}));
+  EXPECT_EQ(Select("select id, FullPath from ImageTable"), (Rows{{"9", "-"}}));
+}
+
+TEST_F(ParseAndRegisterFileTest, FailsForAnIdOfAnotherMediaType) {
+  Open()->ExecSqlStatmentNoValueReturn(
+      "insert into ObjectTable values (9, 3, \"-\", \"0\", \"-\", 0, 0, 0)");
+  DataBaseMgr::DestroyInstance();
+  EXPECT_EQ(Register(Write("a.jpg", MakeJpeg()).c_str(), "9"), -1);
+  ExpectInfo("File [" + InCard("a.jpg") + "] failed to register");
+}
+
+TEST_F(ParseAndRegisterFileTest, RefusesAFileThatTheServerDoesNotServe) {
+  scanner()->SetDlnaProfiles("http-get:*:audio/mpeg:*");
+  EXPECT_EQ(Register(Write("a.jpg", MakeJpeg()).c_str()), -1);
   EXPECT_EQ(DataBaseMgr::mpThisInstance, nullptr);
 }
 
