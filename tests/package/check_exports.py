@@ -16,7 +16,8 @@ def exported_names(library):
     names = set()
     for line in text.splitlines():
         symbol = line.split(" ", 2)[-1]
-        names.add(re.sub(r"\[abi:\w+\]", "", symbol.split("(")[0]).split(" ")[-1])
+        name = re.sub(r"\[abi:\w+\]", "", symbol.split("(")[0]).split(" ")[-1]
+        names.add(name[len("orx::"):] if name.startswith("orx::") else name)
     return names
 
 
@@ -48,7 +49,7 @@ def declared_names(header):
     names = set()
     classes = re.compile(r"class\s+ORX_API\s+(\w+)[^;{]*\{(.*?)\n\};", re.S)
     for name, body in classes.findall(text):
-        public = "".join(re.findall(r"public:(.*?)(?=\n ?private:|\Z)", body, flags=re.S))
+        public = body.split("\n private:")[0]  # nested classes indent theirs further
         for declaration in without_bodies(public).split(";"):
             function = function_name(declaration)
             if function:
