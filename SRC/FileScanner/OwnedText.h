@@ -1,11 +1,13 @@
 // The text member of the records and of the scanner.
 #pragma once
 
+#include "Platform/Export.h"
+
 namespace orx {
 
 // A terminated copy of a text, or null.  Readers hold on to the pointer they were given, so a value
 // that Set supersedes stays readable until the holder is destroyed; Replace gives it up at once.
-class OwnedText {
+class ORX_API OwnedText {
  public:
   OwnedText() = default;
   ~OwnedText();
