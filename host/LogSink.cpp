@@ -31,17 +31,6 @@ void WriteUncopiedErrors(int id, int priority, const std::string& tag, const std
   fprintf(stderr, "[%-10s] %s%s", tag.c_str(), line.c_str(), ended ? "" : "\n");
 }
 
-std::string Finished(const char* format, va_list arguments) {
-  va_list again;
-  va_copy(again, arguments);
-  const int length = vsnprintf(nullptr, 0, format, again);
-  va_end(again);
-  if (length <= 0) return {};
-  std::string line(static_cast<size_t>(length), '\0');
-  vsnprintf(line.data(), line.size() + 1, format, arguments);
-  return line;
-}
-
 void Deliver(int id, int priority, const std::string& tag, const std::string& line) {
   Sink& sink = TheSink();
   const std::lock_guard<std::recursive_mutex> lock(sink.mutex);
@@ -65,12 +54,17 @@ int __dlog_print(int logId, int priority, const char* tag, const char* format, .
   if (format == nullptr) return -1;
   va_list arguments;
   va_start(arguments, format);
-  int result = 0;
-  try {
-    Deliver(logId, priority, tag != nullptr ? tag : "", Finished(format, arguments));
-  } catch (...) {  // nothing may be thrown into the library
-    result = -1;
-  }
+  const int length = vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
-  return result;
+  if (length < 0) return -1;
+  try {
+    std::string line(static_cast<size_t>(length), '\0');
+    va_start(arguments, format);
+    vsnprintf(line.data(), line.size() + 1, format, arguments);
+    va_end(arguments);
+    Deliver(logId, priority, tag != nullptr ? tag : "", line);
+  } catch (...) {  // nothing may be thrown into the library
+    return -1;
+  }
+  return 0;
 }

@@ -159,6 +159,7 @@ void AddFolder(const std::string& folderPath, const std::string& uriStart,
 
 void HostPlatform::SetSharedFiles(std::vector<std::string> uris) {
   std::vector<SharedFile> list;
+  list.reserve(uris.size());
   for (std::string& uri : uris) list.push_back({std::move(uri), false, {}});
   List() = std::move(list);
 }

@@ -39,7 +39,7 @@ mode_t Mode(const std::string& path) {
 }  // namespace
 
 std::string CheckedFolder(const std::string& path) {
-  const std::string canonical = Canonical("folder", path);
+  std::string canonical = Canonical("folder", path);
   if (!S_ISDIR(Mode(canonical))) throw Failure("{} is not a folder", Quoted(path));
   if (DIR* opened = opendir(canonical.c_str())) {
     closedir(opened);
@@ -49,7 +49,7 @@ std::string CheckedFolder(const std::string& path) {
 }
 
 std::string CheckedFile(const std::string& path) {
-  const std::string canonical = Canonical("file", path);
+  std::string canonical = Canonical("file", path);
   const mode_t mode = Mode(canonical);
   if (S_ISDIR(mode)) throw Failure("{} is a folder, not a file", Quoted(path));
   if (!S_ISREG(mode)) throw Failure("{} is not a regular file", Quoted(path));

@@ -101,7 +101,7 @@ std::string WhyNotReadable(const std::string& path) {
 }  // namespace
 
 std::string ReasonToRefuse(DirectoryScanner* scanner, const std::string& path) {
-  const std::string unreadable = WhyNotReadable(path);
+  std::string unreadable = WhyNotReadable(path);
   if (!unreadable.empty()) return unreadable;
   const size_t slash = path.rfind('/');
   const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, path.c_str());
