@@ -1,9 +1,8 @@
 // Resource records that a host may keep with an item.
 //
 // The setters take the pointer over without copying it and without releasing the one they
-// supersede; the destructor releases the texts with plain `delete`, so they must come from plain
-// `new`
-// (`new char`, `::operator new(size)`), not from ORXMemory and not from `new[]`.
+// supersede.  The destructor releases the texts with plain `delete`, so they must come from plain
+// `new` (`new char`, `::operator new(size)`), not from ORXMemory and not from `new[]`.
 #pragma once
 
 #include "Platform/Export.h"

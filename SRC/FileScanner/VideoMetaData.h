@@ -48,7 +48,7 @@ class ORX_API VideoMetaData : public MediaMetaData {
   long VideoBitrate_ = 0;               // bits per second
   double VideoFrameRate_ = 0;           // frames per second
   double VideoLevel_ = 0;               // codec level, e.g. 1.3
-  orx::OwnedText Duration_;             // "1:02:03" or "1:02:03.004"
+  orx::OwnedText Duration_;             // "1:02:03.004"; milliseconds ("3723004") from the platform
   int AlbumArtOffset_ = 0;              // of embedded cover art, bytes from the start of the file
   int AlbumArtLength_ = 0;              // bytes
   AudioMetaData* AudioData_ = nullptr;  // owned
