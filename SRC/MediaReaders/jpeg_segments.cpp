@@ -25,7 +25,7 @@ enum Marker : uint8_t {
 };
 
 constexpr int kStartOfImageSize = 2;
-constexpr std::string_view kExifIdentifier("Exif\0", 6);  // and a padding byte of 0
+constexpr std::string_view kExifIdentifier("Exif\0\0", 6);
 constexpr unsigned kShortestExifSegment = 12;
 
 // The first ten bytes of a segment.

@@ -76,7 +76,7 @@ void upnp_log_set_mode(unsigned mask) { mode = mask; }
 
 int upnp_log_enabled(unsigned mask) { return (mode & mask) == mask ? 1 : 0; }
 
-const char* upnp_log_get_filename(void) { return fileName[0] != '\0' ? fileName : nullptr; }
+const char* upnp_log_get_filename() { return fileName[0] != '\0' ? fileName : nullptr; }
 
 void upnp_log_message(int level, unsigned category, const char* format, ...) {
   if (!Passes(level, category) || format == nullptr) return;
@@ -129,13 +129,13 @@ char* Hex_dump_line(char* out, const unsigned char* data, int count, unsigned ou
   return out;
 }
 
-void upnp_log_clear(void) {
+void upnp_log_clear() {
   if (fileName[0] == '\0') return;
   CloseFile();
   stream = fopen(fileName, "w");
 }
 
-void upnp_log_exit(void) {
+void upnp_log_exit() {
   if (fileName[0] == '\0') return;
   CloseFile();
   stream = stdout;

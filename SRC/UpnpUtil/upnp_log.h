@@ -17,7 +17,7 @@
 ORX_API void upnp_log_init(const char* path);
 ORX_API void upnp_log_set_mode(unsigned mask);  // enables the categories of `mask`, 0: none at all
 ORX_API int upnp_log_enabled(unsigned mask);    // 1 when every bit of `mask` is enabled
-ORX_API const char* upnp_log_get_filename(void);  // belongs to the logger; null when there is none
+ORX_API const char* upnp_log_get_filename();    // belongs to the logger; null when there is none
 
 // Writes the severity, the category and the message; no newline is added.  A critical message also
 // goes to standard output, cut at 1023 bytes.
@@ -30,6 +30,6 @@ ORX_API void upnp_log_dump(int level, unsigned category, const char* data, int l
 // Returns `out`.
 ORX_API char* Hex_dump_line(char* out, const unsigned char* data, int count, unsigned outSize);
 
-ORX_API void upnp_log_clear(void);  // empties the log file; does nothing when there is none
+ORX_API void upnp_log_clear();  // empties the log file; does nothing when there is none
 // Closes the log file; output then goes to standard output.  The file name is kept.
-ORX_API void upnp_log_exit(void);
+ORX_API void upnp_log_exit();

@@ -36,7 +36,7 @@ char* make_cache_path(const char* dir, const char* name) {
   return path;
 }
 
-char* upnp_util_create_tempfilename(void) {
+char* upnp_util_create_tempfilename() {
   static int counter = 0;
   char text[64];
   snprintf(text, sizeof text, "%s/temp", kTempBase);

@@ -31,7 +31,7 @@ ORX_API void longToHexString(long v, char* dst);
 // 1 when the word, up to its end or a space, has only the letters of the numerals I, V and X.
 ORX_API int isRomanNumber(const char* word);
 // "/temp/tempfile0", "/temp/tempfile1", ...; null when the directory /temp cannot be made.
-ORX_API char* upnp_util_create_tempfilename(void);
+ORX_API char* upnp_util_create_tempfilename();
 // Base64 with the standard alphabet; "==" is appended when one byte is left over, nothing when two.
 ORX_API char* string_to_base64(const char* text);
 // Reads it back, up to the padding or whatever else is no Base64 digit.  Null for null.
