@@ -41,7 +41,8 @@ bool ReadSome(int descriptor, std::string* text) {
 }  // namespace
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments,
-                         const std::vector<std::string>& environment) {
+                         const std::vector<std::string>& environment,
+                         const std::function<void()>& prepare) {
   ProcessResult result;
   int out[2], err[2];
   if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0) {
@@ -53,6 +54,7 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments,
     dup2(out[1], STDOUT_FILENO);
     dup2(err[1], STDERR_FILENO);
     for (const std::string& entry : environment) putenv(const_cast<char*>(entry.c_str()));
+    if (prepare) prepare();
     Execute(arguments);
   }
   close(out[1]);

@@ -13,9 +13,11 @@ struct ProcessResult {
   std::string errors;  // standard error
 };
 
-// With pipes for its output.  `environment` adds "NAME=value" entries.
+// With pipes for its output.  `environment` adds "NAME=value" entries; `prepare` runs in the new
+// process before the program starts.
 ProcessResult RunProcess(const std::vector<std::string>& arguments,
-                         const std::vector<std::string>& environment = {});
+                         const std::vector<std::string>& environment = {},
+                         const std::function<void()>& prepare = nullptr);
 
 // On a terminal of its own.  `onOutput` is called with all output so far, each time there is more;
 // it may send the process a signal, or write to the terminal as a user types.

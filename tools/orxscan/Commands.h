@@ -13,6 +13,7 @@ struct Command {
 };
 
 Command AddScanCommand(CLI::App* parent);
+Command AddCardCommand(CLI::App* parent);
 Command AddRegisterCommand(CLI::App* parent);
 Command AddInfoCommand(CLI::App* parent);
 

@@ -1,6 +1,7 @@
 #include "Library.h"
 
 #include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "Output.h"
 #include "host/HostPlatform.h"
@@ -62,6 +63,7 @@ void QuietLibrary::Receive(int priority, const std::string& line) {
 
 LibraryInstances::~LibraryInstances() {
   DataBaseMgr::DestroyInstance();
+  DcfFileInfoVector::DestroyInstance();
   DirectoryScanner::DestroyInstance();
 }
 

@@ -39,7 +39,7 @@ class QuietLibrary {
   FILE* standardError_;
 };
 
-// Destroys the scanner and the database manager at its end, however that is reached.
+// Destroys the scanner, its lists and the database manager at its end, however that is reached.
 class LibraryInstances {
  public:
   LibraryInstances() = default;

@@ -1,72 +1,26 @@
 #include "MediaDatabase.h"
 
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <tuple>
 
+#include "DatabaseFile.h"
 #include "Output.h"
+#include "Sqlite.h"
 
 namespace orxscan {
 namespace {
 
-constexpr int kPatience = 2000;  // milliseconds to wait for another program
-
-struct CloseConnection {
-  void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-};
-using Connection = std::unique_ptr<sqlite3, CloseConnection>;
-
-struct Finalize {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
-
-Connection Open(const std::string& path, const std::string& name, int flags) {
-  sqlite3* raw = nullptr;
-  const int code = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
-  Connection connection(raw);
-  if (code != SQLITE_OK) throw Failure("database {}: {}", name, sqlite3_errstr(code));
-  sqlite3_busy_timeout(raw, kPatience);
-  return connection;
-}
-
-Statement Prepare(sqlite3* connection, const std::string& name, const std::string& sql) {
-  sqlite3_stmt* raw = nullptr;
-  if (sqlite3_prepare_v2(connection, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK)
-    throw Failure("database {}: {}", name, sqlite3_errmsg(connection));
-  return Statement(raw);
-}
-
-bool NextRow(sqlite3_stmt* statement, const std::string& name) {
-  const int code = sqlite3_step(statement);
-  if (code != SQLITE_ROW && code != SQLITE_DONE)
-    throw Failure("database {}: {}", name, sqlite3_errstr(code));
-  return code == SQLITE_ROW;
-}
-
-std::string Text(sqlite3_stmt* statement, int column) {
-  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return text == nullptr
-             ? ""
-             : std::string(text, static_cast<size_t>(sqlite3_column_bytes(statement, column)));
-}
-
-// Whether the file is a media database of the full layout and not locked for good.
-void CheckExisting(const std::string& path, const std::string& name) {
-  const Connection connection = Open(path, name, SQLITE_OPEN_READWRITE);
-  const Statement tables = Prepare(connection.get(), name,
-                                   "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND "
-                                   "name IN ('ObjectTable', 'ContainerTable', 'ImageTable', "
-                                   "'AudioTable', 'VideoTable')");
-  NextRow(tables.get(), name);
-  if (sqlite3_column_int(tables.get(), 0) != 5) throw Failure("{} is not a media database", name);
-  sqlite3_reset(tables.get());
+// Whether the file is a media database of the layout and not locked for good.
+void CheckExisting(const std::string& path, const std::string& name, Layout wanted) {
+  const Connection connection = OpenSqlite(path, name, SQLITE_OPEN_READWRITE);
+  const Layout found = LayoutOf(connection.get(), name);
+  if (found != wanted)
+    throw Failure("database {} has {}, not {}", name, Described(found), Described(wanted));
   if (sqlite3_db_readonly(connection.get(), "main") == 1)
     throw Failure("database {} cannot be written", name);
   // Takes the lock that a scan will take, and gives it back.
@@ -87,11 +41,11 @@ void CheckFolder(const std::string& path, const std::string& name) {
     throw Failure("database {}: folder {}: {}", name, Quoted(folder), strerror(errno));
 }
 
-// Absolute, so that SQLite takes no name (":memory:", "file:x") for one of its own.
-std::string AbsolutePath(const std::string& path) {
-  if (path.empty()) throw Failure("the name of the database is empty");
-  return std::filesystem::absolute(path).string();
-}
+constexpr char kHasMedium[] =
+    "(class = 0"
+    " OR EXISTS (SELECT 1 FROM ImageTable WHERE id = CAST(o.id AS TEXT))"
+    " OR EXISTS (SELECT 1 FROM AudioTable WHERE id = CAST(o.id AS TEXT))"
+    " OR EXISTS (SELECT 1 FROM VideoTable WHERE id = CAST(o.id AS TEXT)))";
 
 // What SQLite said, out of "... errmsg : [database or disk is full]".
 std::string SqliteMessage(const std::string& error) {
@@ -116,8 +70,8 @@ bool ObjectRow::operator<(const ObjectRow& other) const {
   return std::tie(id, mediaClass, path) < std::tie(other.id, other.mediaClass, other.path);
 }
 
-MediaDatabase::MediaDatabase(const std::string& path)
-    : path_(AbsolutePath(path)), name_(Quoted(path)) {
+MediaDatabase::MediaDatabase(const std::string& path, Layout layout)
+    : path_(AbsoluteDatabasePath(path)), name_(Quoted(path)), layout_(layout) {
   struct stat64 status = {};
   if (stat64(path_.c_str(), &status) != 0) {
     if (errno != ENOENT) throw Failure("database {}: {}", name_, strerror(errno));
@@ -131,27 +85,24 @@ MediaDatabase::MediaDatabase(const std::string& path)
   if (status.st_size == 0) throw Failure("database {} is an empty file; delete it first", name_);
   if (access(path_.c_str(), W_OK) != 0) throw Failure("database {}: {}", name_, strerror(errno));
   CheckFolder(path_, name_);
-  CheckExisting(path_, name_);
+  CheckExisting(path_, name_, layout_);
 }
 
 std::vector<ObjectRow> MediaDatabase::Select(const std::string& condition,
                                              const std::string* value) const {
   std::vector<ObjectRow> rows;
   if (access(path_.c_str(), F_OK) != 0) return rows;
-  const Connection connection = Open(path_, name_, SQLITE_OPEN_READONLY);
+  const Connection connection = OpenSqlite(path_, name_, SQLITE_OPEN_READONLY);
   const Statement statement =
       Prepare(connection.get(), name_,
-              "SELECT id, class, FullPath FROM ObjectTable AS o WHERE (class = 0"
-              " OR EXISTS (SELECT 1 FROM ImageTable WHERE id = CAST(o.id AS TEXT))"
-              " OR EXISTS (SELECT 1 FROM AudioTable WHERE id = CAST(o.id AS TEXT))"
-              " OR EXISTS (SELECT 1 FROM VideoTable WHERE id = CAST(o.id AS TEXT))) " +
-                  condition + " ORDER BY id");
+              std::string("SELECT id, class, FullPath FROM ObjectTable AS o WHERE ") +
+                  (layout_ == Layout::kFull ? kHasMedium : "1") + " " + condition + " ORDER BY id");
   if (value != nullptr)
     sqlite3_bind_text(statement.get(), 1, value->c_str(), static_cast<int>(value->size()),
                       SQLITE_TRANSIENT);
   while (NextRow(statement.get(), name_))
     rows.push_back({sqlite3_column_int64(statement.get(), 0),
-                    sqlite3_column_int(statement.get(), 1), Text(statement.get(), 2)});
+                    sqlite3_column_int(statement.get(), 1), CellText(statement.get(), 2)});
   return rows;
 }
 
@@ -167,8 +118,8 @@ std::vector<ObjectRow> MediaDatabase::ObjectsWithId(const std::string& id) const
 
 std::vector<ProfileCount> MediaDatabase::Profiles() const {
   std::vector<ProfileCount> profiles;
-  if (access(path_.c_str(), F_OK) != 0) return profiles;
-  const Connection connection = Open(path_, name_, SQLITE_OPEN_READONLY);
+  if (layout_ != Layout::kFull || access(path_.c_str(), F_OK) != 0) return profiles;
+  const Connection connection = OpenSqlite(path_, name_, SQLITE_OPEN_READONLY);
   const Statement statement =
       Prepare(connection.get(), name_,
               "SELECT DLNAProfile, MimeType, count(*) AS n FROM ("
@@ -177,7 +128,7 @@ std::vector<ProfileCount> MediaDatabase::Profiles() const {
               "SELECT DLNAProfile, MimeType FROM AudioTable) "
               "GROUP BY DLNAProfile, MimeType ORDER BY n DESC, DLNAProfile, MimeType");
   while (NextRow(statement.get(), name_))
-    profiles.push_back({Text(statement.get(), 0), Text(statement.get(), 1),
+    profiles.push_back({CellText(statement.get(), 0), CellText(statement.get(), 1),
                         sqlite3_column_int64(statement.get(), 2)});
   return profiles;
 }

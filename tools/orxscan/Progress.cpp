@@ -82,6 +82,11 @@ void Progress::Follow(const LogLine& line) {
   if (std::chrono::steady_clock::now() - lastDraw_ >= kDrawInterval) Draw();
 }
 
+void Progress::FileAdded() {
+  ++done_;
+  if (active_ && std::chrono::steady_clock::now() - lastDraw_ >= kDrawInterval) Draw();
+}
+
 void Progress::Finish() {
   if (!active_) return;
   FileEnded();

@@ -8,8 +8,8 @@
 
 namespace orxscan {
 
-// Follows a scan by what the library logs.  Draws on the descriptor of standard output, and only
-// when that is a terminal.
+// Follows a scan by what the library logs, or by being told.  Draws on the descriptor of standard
+// output, and only when that is a terminal.
 class Progress {
  public:
   // `found` files are below the folder, `known` of them are in the database already.
@@ -17,7 +17,8 @@ class Progress {
 
   bool active() const { return active_; }
   void Follow(const LogLine& line);
-  void Finish();  // takes the line away
+  void FileAdded();  // for a scan whose log does not tell
+  void Finish();     // takes the line away
 
  private:
   void FileEnded();

@@ -30,6 +30,8 @@ constexpr const char* kFilmsAndSounds[] = {"m4a", "adts", "m4b", "mp4", "3gp",
                                            "aac", "ac3",  "m4v", "mov", "avi"};
 constexpr const char* kWithoutReader[] = {"mp3", "wmv", "wma", "wav", "mpeg", "mpg"};
 
+constexpr size_t kMostRefusalsPrinted = 100;  // a terminal's worth; --json has them all
+
 template <size_t kCount>
 bool IsOneOf(const std::string& extension, const char* const (&list)[kCount]) {
   return std::find(std::begin(list), std::end(list), extension) != std::end(list);
@@ -130,6 +132,24 @@ std::vector<Refusal> Refusals(DirectoryScanner* scanner, const std::vector<Found
     refusals.push_back({file.path, reason});
   }
   return refusals;
+}
+
+void PrintRefusals(const std::vector<Refusal>& refused) {
+  if (refused.empty()) return;
+  fmt::print("Refused:\n");
+  const size_t printed = std::min(refused.size(), kMostRefusalsPrinted);
+  for (size_t i = 0; i < printed; ++i)
+    fmt::print("  {}: {}\n", Printable(refused[i].path), Printable(refused[i].reason));
+  if (printed < refused.size())
+    fmt::print("  and {} more (--json lists them all)\n", refused.size() - printed);
+  fmt::print("\n");
+}
+
+nlohmann::ordered_json RefusalsAsJson(const std::vector<Refusal>& refused) {
+  nlohmann::ordered_json json = nlohmann::ordered_json::array();
+  for (const Refusal& refusal : refused)
+    json.push_back({{"path", refusal.path}, {"reason", refusal.reason}});
+  return json;
 }
 
 }  // namespace orxscan

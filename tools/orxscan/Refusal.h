@@ -1,6 +1,7 @@
 // Why a file is not in the database.
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <vector>
@@ -24,5 +25,9 @@ std::string ReasonToRefuse(DirectoryScanner* scanner, const std::string& path);
 // which the scanner has none: the database did not take them.
 std::vector<Refusal> Refusals(DirectoryScanner* scanner, const std::vector<FoundFile>& files,
                               const std::set<std::string>& registered, size_t* unexplained);
+
+// As a list under a heading, cut when it is long; nothing when there are none.
+void PrintRefusals(const std::vector<Refusal>& refused);
+nlohmann::ordered_json RefusalsAsJson(const std::vector<Refusal>& refused);
 
 }  // namespace orxscan

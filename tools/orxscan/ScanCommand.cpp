@@ -85,22 +85,12 @@ int Scan(const Options& options) {
 
   const std::vector<ObjectRow> after = database.Objects();
   summary.Compare(before, after);
-  size_t unexplained = 0;
   if (!summary.cancelled) {
     const QuietLibrary library;
-    summary.refused = Refusals(scanner, files, Paths(after), &unexplained);
+    summary.refused = Refusals(scanner, files, Paths(after), &summary.untaken);
   }
   summary.profiles = database.Profiles();
-  if (options.json) {
-    PrintJson(summary.Json());
-  } else if (!options.quiet) {
-    summary.Print();
-  }
-  FinishOutput();
-  if (unexplained > 0)
-    throw Failure("database {} did not take {} of the files", Quoted(options.database),
-                  unexplained);
-  return summary.cancelled ? kCancelled : kDone;
+  return Report(summary, options.json, options.quiet);
 }
 
 }  // namespace

@@ -8,8 +8,6 @@
 namespace orxscan {
 namespace {
 
-constexpr size_t kMostRefusalsPrinted = 100;  // a terminal's worth; --json has them all
-
 // In the order in which they are printed.
 struct Kind {
   size_t mediaClass;
@@ -18,17 +16,6 @@ struct Kind {
 constexpr Kind kKinds[] = {{0, "folders"}, {1, "pictures"}, {3, "films"}, {2, "sounds"}};
 
 bool IsKnownClass(int mediaClass) { return mediaClass >= 0 && mediaClass < 4; }
-
-void PrintRefusals(const std::vector<Refusal>& refused) {
-  if (refused.empty()) return;
-  fmt::print("Refused:\n");
-  const size_t printed = std::min(refused.size(), kMostRefusalsPrinted);
-  for (size_t i = 0; i < printed; ++i)
-    fmt::print("  {}: {}\n", Printable(refused[i].path), Printable(refused[i].reason));
-  if (printed < refused.size())
-    fmt::print("  and {} more (--json lists them all)\n", refused.size() - printed);
-  fmt::print("\n");
-}
 
 void PrintProfiles(const std::vector<ProfileCount>& profiles) {
   if (profiles.empty()) return;
@@ -86,14 +73,25 @@ nlohmann::ordered_json ScanSummary::Json() const {
     const Change& c = changes[kind.mediaClass];
     json[kind.name] = {{"added", c.added}, {"removed", c.removed}, {"total", c.total}};
   }
-  json["refused"] = nlohmann::ordered_json::array();
-  for (const Refusal& refusal : refused)
-    json["refused"].push_back({{"path", refusal.path}, {"reason", refusal.reason}});
+  json["refused"] = RefusalsAsJson(refused);
   json["profiles"] = nlohmann::ordered_json::array();
   for (const ProfileCount& row : profiles)
     json["profiles"].push_back(
         {{"profile", row.profile}, {"mimeType", row.mimeType}, {"count", row.count}});
   return json;
+}
+
+int Report(const ScanSummary& summary, bool json, bool quiet) {
+  if (json) {
+    PrintJson(summary.Json());
+  } else if (!quiet) {
+    summary.Print();
+  }
+  FinishOutput();
+  if (summary.untaken > 0)
+    throw Failure("database {} did not take {} of the files", Quoted(summary.database),
+                  summary.untaken);
+  return summary.cancelled ? kCancelled : kDone;
 }
 
 }  // namespace orxscan

@@ -25,6 +25,7 @@ struct ScanSummary {
   size_t filesFound = 0;
   std::array<Change, 4> changes = {};  // by class: folders, pictures, sounds, films
   std::vector<Refusal> refused;        // empty after a cancelled scan
+  size_t untaken = 0;                  // of those refused: the database did not take them
   std::vector<ProfileCount> profiles;
 
   // Counts the rows that came and went; a row is the same when id, class and path are.
@@ -32,5 +33,9 @@ struct ScanSummary {
   void Print() const;
   nlohmann::ordered_json Json() const;
 };
+
+// Prints the summary, or nothing when `quiet`, and returns the exit status.  Throws a Failure when
+// the database did not take a file.
+int Report(const ScanSummary& summary, bool json, bool quiet);
 
 }  // namespace orxscan
