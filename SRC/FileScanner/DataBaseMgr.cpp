@@ -1,14 +1,21 @@
 // The connection, the tables and the two ways of running SQL.
 #include "FileScanner/DataBaseMgr.h"
 
+#include <sys/stat.h>
+
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
+#include "FileScanner/UnfinishedFile.h"
+#include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
@@ -49,8 +56,29 @@ const LabelledTable kAllTables[] = {{"object", orx::kObjectTable},
 
 constexpr char kNotOpen[] = "no database is open";
 
+// Whether the path names a file, not a database in memory or SQLite's own kinds of name, that is
+// still to be made.
+bool IsNewFile(const char* fileName) {
+  const bool special = *fileName == '\0' || *fileName == ':' || strncmp(fileName, "file:", 5) == 0;
+  struct stat64 status = {};
+  return !special && stat64(fileName, &status) != 0 && errno == ENOENT;
+}
+
+// Whether there is a database already, even if it does not open.
+bool HoldsData(const char* fileName) {
+  struct stat64 status = {};
+  return stat64(fileName, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+}
+
 std::string BoundedText(const char* text, size_t size) {
   return std::string(text, strnlen(text, size));
+}
+
+std::string ColumnDefinition(const TableColumn& column) {
+  const std::string type = BoundedText(column.szType, sizeof column.szType);
+  std::string definition = BoundedText(column.szName, sizeof column.szName) + " " + type;
+  if (type == "VARCHAR") definition += "(" + std::to_string(column.nSize) + ")";
+  return definition + " " + BoundedText(column.szConstraint, sizeof column.szConstraint);
 }
 
 int CreateTable(DataBaseMgr* database, const char* label, const orx::TableLayout& table) {
@@ -85,17 +113,15 @@ void CreateAll(DataBaseMgr* database, const LabelledTable (&tables)[kCount]) {
 
 char* GetCreatTblSqlStmt(const char* tableName, int count, const TableColumn* columns) {
   if (tableName == nullptr || (count > 0 && columns == nullptr)) return nullptr;
-  std::string sql = std::string("create table ") + tableName + " (";
-  for (int i = 0; i < count; ++i) {
-    const TableColumn& column = columns[i];
-    const std::string type = BoundedText(column.szType, sizeof column.szType);
-    if (i > 0) sql += ',';
-    sql += BoundedText(column.szName, sizeof column.szName) + " " + type;
-    if (type == "VARCHAR") sql += "(" + std::to_string(column.nSize) + ")";
-    sql += " " + BoundedText(column.szConstraint, sizeof column.szConstraint);
-  }
-  sql += ");";
-  return ORXCString::DupCopy(sql.c_str());
+  return orx::Guarded(__func__, static_cast<char*>(nullptr), [&] {
+    std::string sql = std::string("create table ") + tableName + " (";
+    for (int i = 0; i < count; ++i) {
+      if (i > 0) sql += ',';
+      sql += ColumnDefinition(columns[i]);
+    }
+    sql += ");";
+    return ORXCString::DupCopy(sql.c_str());
+  });
 }
 
 char* GetUniqueId() {
@@ -104,7 +130,7 @@ char* GetUniqueId() {
 }
 
 DataBaseMgr* DataBaseMgr::GetInstance() {
-  if (mpThisInstance == nullptr) mpThisInstance = new DataBaseMgr;
+  if (mpThisInstance == nullptr) orx::Guarded(__func__, [] { mpThisInstance = new DataBaseMgr; });
   return mpThisInstance;
 }
 
@@ -136,7 +162,12 @@ int DataBaseMgr::OpenDB(const char* fileName) {
   if (sqlite3_close(ppDataBase) != SQLITE_OK)
     ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
   ppDataBase = nullptr;
-  if (exists) return orx::OpenConnection(fileName, &ppDataBase) == SQLITE_OK ? 1 : 0;
+  if (exists || HoldsData(fileName)) {
+    const int code = orx::OpenConnection(fileName, &ppDataBase);
+    if (code == SQLITE_OK) return 1;
+    ORX_LOG_ERROR("[DataBaseMgr::OpenDB] sqlite3_open error = [%d]", code);
+    return 0;
+  }
 
   if (CreateDbmsSystem(fileName) == 1) return 1;
   ORX_LOG_INFO("[DataBaseMgr::OpenDB] CreateDbmsSystem failed");
@@ -144,9 +175,23 @@ int DataBaseMgr::OpenDB(const char* fileName) {
 }
 
 int DataBaseMgr::CreateDbmsSystem(const char* fileName) {
-  if (CreateDB(fileName) == 0) return 0;
-  CreateTables();
-  return 1;
+  if (fileName == nullptr) return 0;
+  return Guard(this).Run(__func__, 0, [&] {
+    if (!IsNewFile(fileName)) {
+      if (CreateDB(fileName) == 0) return 0;
+      CreateTables();
+      return 1;
+    }
+    // A file without its tables, left behind by a power cut, would never get any.
+    const orx::UnfinishedFile unfinished(fileName);
+    if (CreateDB(unfinished.path()) == 0) return 0;
+    orx::WriteTransaction creation(this);
+    CreateTables();
+    const bool complete = creation.End();
+    CloseDatabase();
+    if (!complete || !unfinished.Finish()) return 0;
+    return CreateDB(fileName);
+  });
 }
 
 int DataBaseMgr::CreateDB(const char* fileName) {
@@ -158,13 +203,43 @@ int DataBaseMgr::CreateDB(const char* fileName) {
   return 0;
 }
 
-void DataBaseMgr::CreateTables() {
+void DataBaseMgr::CreateTables() try {
   const int mode = GetTandemixMode();
   ORX_LOG_INFO("[DataBaseMgr::CreateTables] DLNA Mode type - %d\n", mode);
   if (mode == orx::kObjectOnlyMode) return CreateAll(this, kObjectOnlyTables);
   if (mode == orx::kBackupMode) return CreateAll(this, kBackupTables);
   printf("---> TANDEMIXMode = %d \n", GetTandemixMode());
   CreateAll(this, kAllTables);
+} catch (const std::exception&) {
+  OutOfMemory(__func__);
+}
+
+void DataBaseMgr::FailWriting() {
+  if (writing_ == Writing::kInTransaction) writing_ = Writing::kFailed;
+}
+
+void DataBaseMgr::OutOfMemory(const char* where) {
+  orx::NoteOutOfMemory(where);
+  FailWriting();
+}
+
+void DataBaseMgr::NoteCode(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_NOMEM:
+    case SQLITE_FULL:
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+    case SQLITE_CORRUPT:
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+    case SQLITE_INTERRUPT:
+    case SQLITE_ABORT:
+    case SQLITE_INTERNAL:
+      return FailWriting();
+    default:  // what the statement itself asked for
+      return;
+  }
 }
 
 void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* message) {
@@ -181,20 +256,35 @@ int DataBaseMgr::ExecSqlStatmentNoValueReturn(const char* sql) {
     LogFailedStatement(sql, SQLITE_MISUSE, kNotOpen);
     return 0;
   }
+  if (WritingFailed()) return 0;
   char* message = nullptr;
   const int code = sqlite3_exec(ppDataBase, sql, nullptr, nullptr, &message);
   if (code == SQLITE_OK) return 1;
+  NoteCode(code);
   LogFailedStatement(sql, code, message != nullptr ? message : "");
   sqlite3_free(message);
   return 0;
 }
 
 int DataBaseMgr::ExecSqlStatment(const char* sql) {
-  return orx::FetchTable(ppDataBase, sql, Result());
+  if (WritingFailed()) {
+    orx::ClearResult(Result(), SQLITE_ABORT);
+    return 0;
+  }
+  return Guard(this).Run(__func__, 0, [&] {
+    const int fetched = orx::FetchTable(ppDataBase, sql, Result());
+    NoteCode(nLastResult);
+    return fetched;
+  });
 }
 
 // Does for a statement with bound values what ExecSqlStatmentNoValueReturn does for a text.
 int DataBaseMgr::Run(const orx::SqlStatement& statement) {
+  if (WritingFailed()) return 0;
+  return Guard(this).Run(__func__, 0, [&] { return RunCompiled(statement); });
+}
+
+int DataBaseMgr::RunCompiled(const orx::SqlStatement& statement) {
   std::string sql;
   std::string reason;
   if (ppDataBase == nullptr || !statement.Compilable(&sql, &reason)) {
@@ -212,6 +302,7 @@ int DataBaseMgr::Run(const orx::SqlStatement& statement) {
     }
     code = sqlite3_errcode(ppDataBase);
   }
+  NoteCode(code);
   LogFailedStatement(statement.Printed().c_str(), code, sqlite3_errmsg(ppDataBase));
   return 0;
 }
@@ -236,6 +327,18 @@ orx::QueryResult DataBaseMgr::Result() {
 
 // Does for a statement with bound values what ExecSqlStatment does for a text.
 int DataBaseMgr::Query(const orx::SqlStatement& statement) {
+  if (WritingFailed()) {
+    orx::ClearResult(Result(), SQLITE_ABORT);
+    return 0;
+  }
+  const orx::FaultWatch watch;
+  const int queried = Guard(this).Run(__func__, 0, [&] { return QueryCompiled(statement); });
+  if (watch.OutOfMemory()) orx::ClearResult(Result(), SQLITE_NOMEM);
+  NoteCode(nLastResult);
+  return queried;
+}
+
+int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement) {
   orx::ClearResult(Result(), ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
   std::string sql;
   std::string reason;
@@ -260,6 +363,7 @@ void DataBaseMgr::AddRow(sqlite3_stmt* row) {
   for (int i = 0; i < nColumns; ++i) {
     if (nRows == 0) vcol_head.emplace_back(sqlite3_column_name(row, i));
     const auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(row, i));
+    if (cell == nullptr && sqlite3_errcode(ppDataBase) == SQLITE_NOMEM) throw std::bad_alloc();
     vdata.emplace_back(cell != nullptr ? cell : "");
   }
   ++nRows;
@@ -279,14 +383,16 @@ int DataBaseMgr::DestroyTables() {
 
 bool DataBaseMgr::NeedToDeleteDB(const char* directoryPath) {
   if (directoryPath == nullptr) return false;
-  // Without an index: the answer looks at the first row in id order.
-  const std::string prefix = std::string(directoryPath) + "%";
-  Query(orx::SqlStatement("select id from ObjectTable not indexed where FullPath not like '%s'")
-            .Text(prefix));
-  if (vdata.empty()) return false;
-  const int id = ORXAString::Integer(vdata[0].c_str());
-  vdata.clear();
-  return id >= 1;
+  return Guard(this).Run(__func__, false, [&] {
+    // Without an index: the answer looks at the first row in id order.
+    const std::string prefix = std::string(directoryPath) + "%";
+    Query(orx::SqlStatement("select id from ObjectTable not indexed where FullPath not like '%s'")
+              .Text(prefix));
+    if (vdata.empty()) return false;
+    const int id = ORXAString::Integer(vdata[0].c_str());
+    vdata.clear();
+    return id >= 1;
+  });
 }
 
 int DataBaseMgr::NeedToDeleteDBforSorting() {

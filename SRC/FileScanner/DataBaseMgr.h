@@ -29,6 +29,7 @@ struct QueryResult;
 struct ResultRows;
 class SqlStatement;
 class StatementCache;
+class WriteTransaction;
 }  // namespace orx
 
 // One column of a table: the size counts for VARCHAR only.
@@ -66,7 +67,7 @@ class ORX_API DataBaseMgr {
   // Opens the database, or creates it with the tables that the sharing mode selects.  An open
   // connection is kept, whatever file it belongs to.
   int OpenDB(const char* fileName);
-  int CreateDbmsSystem(const char* fileName);
+  int CreateDbmsSystem(const char* fileName);  // all the tables come into being, or no file
   int CreateDB(const char* fileName);
   void CreateTables();
   int ExecSqlStatmentNoValueReturn(const char* sql);
@@ -193,9 +194,22 @@ class ORX_API DataBaseMgr {
   std::atomic<int> bInvalidateAllItemsCancelFlag{0};
 
  private:
+  friend class orx::WriteTransaction;
+
+  // How far what is written holds together.  After a failure inside a transaction nothing more is
+  // run until its end.
+  enum class Writing { kPlain, kInTransaction, kFailed };
+  bool WritingFailed() const { return writing_ == Writing::kFailed; }
+  void FailWriting();
+  void NoteCode(int code);  // fails the transaction when `code` says that the machine failed
+  class Guard;
+  void OutOfMemory(const char* where);  // logged; what is being written is given up
+
   // Run a statement built from the library's own text and bound values.
   int Run(const orx::SqlStatement& statement);
   int Query(const orx::SqlStatement& statement);
+  int RunCompiled(const orx::SqlStatement& statement);
+  int QueryCompiled(const orx::SqlStatement& statement);
   orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
   void LogFailedStatement(const char* sql, int code, const char* message);
   void LogRefusedStatement(const std::string& printed, const std::string& reason);
@@ -223,6 +237,7 @@ class ORX_API DataBaseMgr {
   class DcfPurge;
 
   std::unique_ptr<orx::StatementCache> statements_;
+  Writing writing_ = Writing::kPlain;
 
   // The shared files of the DCF scans, one element a file, except the folder names (one a run).
   std::vector<int> vDirNum;

@@ -1,9 +1,11 @@
 // The three purges of a card's DCF tree: what is gone, has another size or is shared no longer.
 //
 // They check the folders under the root by opening them, and the items of the whole database by the
-// sort numbers of the current list of shared files.
+// sort numbers of the current list of shared files.  What cannot be checked, because the machine
+// fails, is kept.
 #include <string>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/DcfFileInfoVector.h"
@@ -51,10 +53,11 @@ class DataBaseMgr::DcfPurge {
  private:
   // A directory that is gone loses its row; the purge goes on.
   void CheckContainer(const char* path, const std::string& id) {
-    if (files_.OpenDir(path) == 0) {
-      Remove(id.c_str(), orx::kContainerClass);
-    } else {
+    const orx::FaultWatch watch;
+    if (files_.OpenDir(path) != 0) {
       files_.CloseDir();
+    } else if (!watch.Seen()) {
+      Remove(id.c_str(), orx::kContainerClass);
     }
     ORX_LOG_TIME(">>>> Time2 start");
   }
@@ -132,10 +135,11 @@ class DataBaseMgr::DcfPurge {
     enum Column { kId, kSize, kFullPath, kSortIndex };
     for (int row = 0; row < items.rows; ++row) {
       if (database_.Cancelled()) return false;
+      const orx::FaultWatch watch;
       const bool kept = shared_(&database_, items.Integer(row, kSortIndex)) &&
                         files_.IsValidFile(items.Text(row, kFullPath),
                                            static_cast<unsigned long>(items.Size(row, kSize)));
-      if (!kept) Remove(items.Text(row, kId), mediaClass);
+      if (!kept && !watch.Seen()) Remove(items.Text(row, kId), mediaClass);
     }
     return true;
   }
@@ -166,22 +170,29 @@ bool InManagersList(DataBaseMgr* database, int sortNumber) {
 }
 
 bool InDcfList(DataBaseMgr* /*database*/, int sortNumber) {
-  return DcfFileInfoVector::GetInstance()->isInDirFileNumVector(sortNumber) == 1;
+  return orx::Existing(DcfFileInfoVector::GetInstance()).isInDirFileNumVector(sortNumber) == 1;
 }
 
 }  // namespace
 
 void DataBaseMgr::deleteInvalidItemsInDBDcf(const char* directoryPath) {
-  DcfPurge(this, "deleteInvalidItemsInDBDcf", DcfPurge::Rows::kMediaTables, InManagersList)
-      .Run(directoryPath);
+  Guard(this).Run(__func__, [&] {
+    DcfPurge(this, "deleteInvalidItemsInDBDcf", DcfPurge::Rows::kMediaTables, InManagersList)
+        .Run(directoryPath);
+  });
 }
 
 void DataBaseMgr::deleteInvalidItemsFromAutoBackupDB(const char* directoryPath) {
-  DcfPurge(this, "deleteInvalidItemsFromAutoBackupDB", DcfPurge::Rows::kObjectTable, InManagersList)
-      .Run(directoryPath);
+  Guard(this).Run(__func__, [&] {
+    DcfPurge(this, "deleteInvalidItemsFromAutoBackupDB", DcfPurge::Rows::kObjectTable,
+             InManagersList)
+        .Run(directoryPath);
+  });
 }
 
 void DataBaseMgr::deleteInvalidItemsInDBDcfVector(const char* directoryPath) {
-  DcfPurge(this, "deleteInvalidItemsInDBDcfVector", DcfPurge::Rows::kObjectTable, InDcfList)
-      .Run(directoryPath);
+  Guard(this).Run(__func__, [&] {
+    DcfPurge(this, "deleteInvalidItemsInDBDcfVector", DcfPurge::Rows::kObjectTable, InDcfList)
+        .Run(directoryPath);
+  });
 }

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <string>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
@@ -46,5 +47,6 @@ void DataBaseMgr::DisplayDatabase() {
 void DataBaseMgr::DisplayTable(const char* tableName) {
   ORX_LOG_INFO("\n");
   if (orx::IsPlainIdentifier(tableName))
-    ExecAndPrint((std::string("Select * from ") + tableName).c_str());
+    Guard(this).Run(__func__,
+                    [&] { ExecAndPrint((std::string("Select * from ") + tableName).c_str()); });
 }

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <memory>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/SqlStatement.h"
 #include "OSAL/ORXCString.h"
@@ -18,7 +19,9 @@ constexpr char kFromAudios[] = "select %s from  AudioTable where FullPath=\"%s\"
 constexpr char kFromVideos[] = "select %s from  VideoTable where FullPath=\"%s\"";
 
 SqlStatement Ask(const char* pattern, const char* column, const char* path) {
-  return SqlStatement(pattern).Name(column).Text(path);
+  SqlStatement question(pattern);
+  question.Name(column).Text(path);
+  return question;
 }
 
 struct FreeSqliteText {
@@ -28,6 +31,7 @@ struct FreeSqliteText {
 }  // namespace
 
 TChar* DataBaseMgr::FirstCell(const SqlStatement& statement) {
+  const Guard guard(this);
   Query(statement);
   if (vdata.empty()) return nullptr;
   TChar* cell = StringUtiltiy::GetTcharFromChar(vdata[0].c_str());
@@ -86,13 +90,14 @@ int DataBaseMgr::GetArrayOfFullPathInDB(const char* parentId, char*** rows, int*
   nLastResult = SQLITE_MISUSE;
   if (ppDataBase == nullptr || parentId == nullptr || rows == nullptr) return nLastResult;
   nLastResult = SQLITE_ERROR;
-  if (strchr(parentId, '"') != nullptr) return nLastResult;
+  if (WritingFailed() || strchr(parentId, '"') != nullptr) return nLastResult;
 
   const std::unique_ptr<char, FreeSqliteText> sql(
       sqlite3_mprintf("select FullPath from ObjectTable where parentID = %Q", parentId));
   nLastResult = SQLITE_NOMEM;
-  if (sql == nullptr) return nLastResult;
-  nLastResult = sqlite3_get_table(ppDataBase, sql.get(), rows, count, nullptr, nullptr);
+  if (sql != nullptr)
+    nLastResult = sqlite3_get_table(ppDataBase, sql.get(), rows, count, nullptr, nullptr);
+  NoteCode(nLastResult);
   return nLastResult;
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "FileScanner/AudioMetaData.h"
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ImageMetaData.h"
@@ -188,6 +189,7 @@ void DataBaseMgr::InsertMetaData2(MediaMetaData* record) {
 void DataBaseMgr::InsertInBothTables(MediaMetaData* record,
                                      int (DataBaseMgr::*insertPhoto)(const MediaMetaData*)) {
   if (record == nullptr) return;
+  const Guard guard(this);
   InsertMediaInObjTbl(record);
   switch (orx::MediaClassOf(*record)) {
     case orx::kContainerClass:
@@ -216,6 +218,7 @@ int DataBaseMgr::InsertMediaContainer(const MediaMetaData* record) {
 
 int DataBaseMgr::InsertPhotoMetaData(const MediaMetaData* record) {
   if (record == nullptr) return 0;
+  const Guard guard(this);
   orx::NameImageThumbnail(*record, orx::NamedAfter::kExtension);
   orx::NameImageScreennail(*record, orx::NamedAfter::kExtension);
   if (Run(InsertImage(*record)) == 1) return 1;
@@ -226,6 +229,7 @@ int DataBaseMgr::InsertPhotoMetaData(const MediaMetaData* record) {
 
 int DataBaseMgr::InsertPhotoMetaData2(const MediaMetaData* record) {
   if (record == nullptr) return 0;
+  const Guard guard(this);
   orx::NameImageThumbnail(*record, orx::NamedAfter::kExtensionAndSortIndex);
   orx::NameImageScreennail(*record, orx::NamedAfter::kExtensionAndSortIndex);
   if (Run(InsertImage(*record)) == 1) return 1;
@@ -244,6 +248,7 @@ int DataBaseMgr::InsertAudioMetaData(const MediaMetaData* record) {
 
 int DataBaseMgr::InsertVideoMetaData(const MediaMetaData* record) {
   if (record == nullptr) return 0;
+  const Guard guard(this);
   orx::NameVideoThumbnail(*record);
   if (Run(InsertVideo(*record)) == 1) return 1;
   ORX_LOG_INFO("[DataBaseMgr::InsertVideoMetaData] Media file [%s] insertion failed",
@@ -255,6 +260,7 @@ int DataBaseMgr::InsertVideoMetaData(const MediaMetaData* record) {
 
 int DataBaseMgr::UpdateImageMetaData(const MediaMetaData* record, const char* id) {
   if (record == nullptr || id == nullptr) return 0;
+  const Guard guard(this);
   orx::NameImageThumbnail(*record, orx::NamedAfter::kExtension);
   SqlStatement update(kUpdateImage);
   AddImageUpToThumbnailName(&update, *record);
@@ -279,7 +285,7 @@ int DataBaseMgr::UpdateVideoMetaData(const MediaMetaData* record, const char* id
   return Run(update.TextOrBlank(record->GetURI()).Text(id));
 }
 
-int DataBaseMgr::UpdateDBForNewItem(MediaMetaData* record, const TChar* id) {
+int DataBaseMgr::UpdateDBForNewItem(MediaMetaData* record, const TChar* id) try {
   if (record == nullptr || id == nullptr) return 0;
   const std::string row(id);  // the caller's text may be a cell of the result, which changes
   Query(SqlStatement("select class from ObjectTable where id = \"%s\"").Text(row));
@@ -309,4 +315,7 @@ int DataBaseMgr::UpdateDBForNewItem(MediaMetaData* record, const TChar* id) {
       ORX_LOG_INFO("[DataBaseMgr::UpdateDBForNewItem] Media class not found");
       return 0;
   }
+} catch (const std::exception&) {
+  OutOfMemory(__func__);
+  return 0;
 }

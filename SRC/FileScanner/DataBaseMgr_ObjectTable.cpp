@@ -1,6 +1,7 @@
 // The rows of the object table: one a file or directory, in the layout of the sharing mode.
 #include <string>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ImageMetaData.h"
@@ -120,6 +121,7 @@ void DataBaseMgr::InsertMetaDataToObjTable(MediaMetaData* record) {
 
 void DataBaseMgr::InsertXQMediaInObjectTable(MediaMetaData* record) {
   if (record == nullptr) return;
+  const Guard guard(this);
   const Preview preview = NamedPreview(*record);
   SqlStatement insert = BeginInsert(*record, kInsertObjectOnlyWithId, kInsertObjectOnly);
   AddTitleToPath(&insert, *record);
@@ -163,6 +165,7 @@ void DataBaseMgr::InsertMediaInObjTbl(MediaMetaData* record) {
 // several rows with its path, the last.  0 only when a record that has an id was not inserted; the
 // failure of the other form shows in the record.
 int DataBaseMgr::InsertObject(const SqlStatement& insert, MediaMetaData* record) {
+  const Guard guard(this);
   const bool hasId = record->GetUniqueID() != nullptr;
   if (Run(insert) == 0) return hasId ? 0 : 1;
   if (hasId) return 1;
@@ -195,10 +198,12 @@ void DataBaseMgr::DeleteItemFromDB(const char* fullPath) {
 
 void DataBaseMgr::DeleteItemFromDBWithId(const TChar* id) {
   if (id == nullptr) return;
-  const std::string row(id);  // the caller's text may be a cell of the result, which changes
-  Query(SqlStatement("select class from ObjectTable where id = \"%s\"").Text(row));
-  if (!vdata.empty()) RemoveIdFromTables(row.c_str(), ORXAString::Integer(vdata[0].c_str()));
-  vdata.clear();
+  Guard(this).Run(__func__, [this, id] {
+    const std::string row(id);  // the caller's text may be a cell of the result, which changes
+    Query(SqlStatement("select class from ObjectTable where id = \"%s\"").Text(row));
+    if (!vdata.empty()) RemoveIdFromTables(row.c_str(), ORXAString::Integer(vdata[0].c_str()));
+    vdata.clear();
+  });
 }
 
 // A class that no table stands for keeps its row in the object table as well.
@@ -208,11 +213,13 @@ int DataBaseMgr::RemoveIdFromTables(const char* id, int mediaClass) {
   return Run(SqlStatement(kDeleteObject).Id(id));
 }
 
-void DataBaseMgr::RemoveIdFromObjectTable(const char* id) {
+void DataBaseMgr::RemoveIdFromObjectTable(const char* id) try {
   if (id == nullptr) return;
   SqlStatement statement(kDeleteObject);
   Run(statement.Id(id));
   ORX_LOG_INFO("[DataBaseMgr::RemoveIdFromObjectTable] %s\n", statement.Printed().c_str());
+} catch (const std::exception&) {
+  OutOfMemory(__func__);
 }
 
 // The rows below the directory stay.

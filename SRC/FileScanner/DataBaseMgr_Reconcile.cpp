@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ResultRows.h"
@@ -52,10 +53,11 @@ std::string DirectoryPart(const std::string& path) {
   return slash == std::string::npos ? std::string() : path.substr(0, slash);
 }
 
-// Whether the directory can be opened now.
-bool DirectoryOpens(const char* path) {
+// Whether there is no such directory any more; one that the machine fails to open may be there.
+bool DirectoryIsGone(const char* path) {
+  const orx::FaultWatch watch;
   ORXFSHandler files;
-  return files.OpenDir(path) != 0;
+  return files.OpenDir(path) == 0 && !watch.Seen();
 }
 
 }  // namespace
@@ -122,7 +124,8 @@ class DataBaseMgr::InvalidateWalk {
 };
 
 void DataBaseMgr::InvalidateAllItemsInDB(const char* directoryPath) {
-  if (directoryPath != nullptr) InvalidateWalk(this).Run(directoryPath);
+  if (directoryPath != nullptr)
+    Guard(this).Run(__func__, [&] { InvalidateWalk(this).Run(directoryPath); });
 }
 
 // ---- removing what is marked -------------------------------------------------------------------
@@ -168,7 +171,7 @@ class DataBaseMgr::PurgeWalk {
   void Enter(const char* path) {
     const std::string id = database_.ContainerIdForPath(path);
     if (id.empty() || !way_.FirstVisit(id)) return;
-    if (!DirectoryOpens(path)) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
+    if (DirectoryIsGone(path)) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
     ResultRows children = database_.Fetch(
         SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
             .Text(id));
@@ -188,8 +191,10 @@ class DataBaseMgr::PurgeWalk {
       way_.Leave();  // without the media table nothing in this directory can be checked
       return;
     }
-    if (!files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) ||
-        DirectoryPart(path) != here.path)
+    const orx::FaultWatch watch;
+    const bool valid = files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) &&
+                       DirectoryPart(path) == here.path;
+    if (!valid && !watch.Seen())  // what cannot be checked is kept
       database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
   }
 
@@ -216,5 +221,6 @@ class DataBaseMgr::PurgeWalk {
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {
-  if (directoryPath != nullptr) PurgeWalk(this).Run(directoryPath);
+  if (directoryPath != nullptr)
+    Guard(this).Run(__func__, [&] { PurgeWalk(this).Run(directoryPath); });
 }

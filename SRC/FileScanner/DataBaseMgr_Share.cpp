@@ -4,9 +4,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/SqlStatement.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
 
@@ -27,7 +29,8 @@ void CopyToField(char (&field)[kSize], const char* text) {
 BackupClassElement* NewBackupElement(const char* path) {
   const orx::TextPtr title(DataBaseMgr::GetTitleFromFullPath(path));
   if (title == nullptr) return nullptr;
-  auto* element = static_cast<BackupClassElement*>(malloc(sizeof(BackupClassElement)));
+  auto* element =
+      static_cast<BackupClassElement*>(orx::Noted(malloc(sizeof(BackupClassElement)), __func__));
   if (element == nullptr) return nullptr;
   CopyToField(element->szTitle, title.get());
   CopyToField(element->szFullPath, path);
@@ -72,7 +75,7 @@ int DataBaseMgr::GetClassElementListForBackup(int* count, BackupClassElement** h
   return 1;
 }
 
-int DataBaseMgr::UpdateShareStatus(char** paths, int mode) {
+int DataBaseMgr::UpdateShareStatus(char** paths, int mode) try {
   if (mode == orx::kObjectOnlyMode) return 1;
   if (paths == nullptr) {
     ORX_LOG_INFO("[UpdateShareStatus] pShareItem is NULL!!");
@@ -97,4 +100,7 @@ int DataBaseMgr::UpdateShareStatus(char** paths, int mode) {
     Run(statement);
   }
   return 1;
+} catch (const std::exception&) {
+  OutOfMemory(__func__);
+  return 0;
 }

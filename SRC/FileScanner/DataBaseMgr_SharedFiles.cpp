@@ -4,12 +4,13 @@
 #include <cstring>
 #include <string_view>
 
+#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DcfUri.h"
 #include "OSAL/ORXLog.h"
 #include "Platform/CameraPlatform.h"
 
-int DataBaseMgr::addFileUriToTable() {
+int DataBaseMgr::addFileUriToTable() try {
   ORX_LOG_TIME(">>>> FILE_URI start");
   SharedFileWalk walk;
   for (int index = std::min(orx::SharedFileCount(), orx::kSharedFileLimit) - 1; index >= 0;
@@ -26,6 +27,9 @@ int DataBaseMgr::addFileUriToTable() {
   ORX_LOG_INFO("[DcfFileInfoVector::addFileUriToTable] Total  vDirFileNum size = %d\n",
                getDirFileNumVectorSize());
   return 1;
+} catch (const std::exception&) {
+  OutOfMemory(__func__);
+  return 0;
 }
 
 // Lists the file, and its companion if it has one, as the current sharing mode demands.

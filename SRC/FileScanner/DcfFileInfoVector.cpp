@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "FileScanner/DcfUri.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 #include "Platform/CameraPlatform.h"
 
@@ -18,7 +19,8 @@ bool SharesPhotosAlone() {
 DcfFileInfoVector* DcfFileInfoVector::mpDcfFileInfoVectorInstance = nullptr;
 
 DcfFileInfoVector* DcfFileInfoVector::GetInstance() {
-  if (mpDcfFileInfoVectorInstance == nullptr) mpDcfFileInfoVectorInstance = new DcfFileInfoVector;
+  if (mpDcfFileInfoVectorInstance == nullptr)
+    mpDcfFileInfoVectorInstance = orx::Noted(new (std::nothrow) DcfFileInfoVector, __func__);
   return mpDcfFileInfoVectorInstance;
 }
 
@@ -29,7 +31,7 @@ void DcfFileInfoVector::DestroyInstance() {
 
 // The platform lists the newest file at index 0, so a list that has grown by some files is brought
 // up to date by reading that many of the lowest indexes, the oldest of them first.
-int DcfFileInfoVector::addToDCFInfoVector() {
+int DcfFileInfoVector::addToDCFInfoVector() try {
   ORX_LOG_TIME(">>>> FILE_URI start");
   const int total = orx::SharedFileCount();
   if (total == nTotalCnt) {
@@ -55,6 +57,10 @@ int DcfFileInfoVector::addToDCFInfoVector() {
   nCumulativeAdded += nNewFilesAdded;
   ORX_LOG_TIME(">>>> FILE_URI stop");
   return 1;
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  nTotalCnt = 0;
+  return 0;
 }
 
 // Walks from `start` down to index 0.  Files that are not shared are made up for by older ones,

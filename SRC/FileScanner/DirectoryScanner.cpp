@@ -2,10 +2,10 @@
 #include "FileScanner/DirectoryScanner.h"
 
 #include <cstring>
-#include <string>
 
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/MediaMetaData.h"
+#include "OSAL/Fault.h"
 #include "OSAL/UniqueValueGenerator.h"
 
 // Entries are separated by ", " and four tabs.
@@ -41,7 +41,8 @@ constexpr char kAnyProfile[] = "*";  // served without a profile name
 DirectoryScanner* DirectoryScanner::singleInstance = nullptr;
 
 DirectoryScanner* DirectoryScanner::GetInstance() {
-  if (singleInstance == nullptr) singleInstance = new DirectoryScanner;
+  if (singleInstance == nullptr)
+    orx::Guarded(__func__, [] { singleInstance = new DirectoryScanner; });
   return singleInstance;
 }
 
@@ -80,8 +81,11 @@ int DirectoryScanner::_IsProfileSupported(const char* profile) {
   if (profile == nullptr) return 0;
   if (strcmp(profile, kAnyProfile) == 0) return 1;
   if (pSupportedProfiles == nullptr) return 0;
-  const std::string field = std::string(profile) + ";";
-  return strstr(pSupportedProfiles, field.c_str()) != nullptr ? 1 : 0;
+  const size_t length = strlen(profile);
+  for (const char* found = strstr(pSupportedProfiles, profile); found != nullptr;
+       found = strstr(found + 1, profile))
+    if (found[length] == ';') return 1;
+  return 0;
 }
 
 int DirectoryScanner::CheckMediaFileForDLNAContent(MediaMetaData* item) {

@@ -14,6 +14,8 @@
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/KnownPaths.h"
 #include "FileScanner/SqlConnection.h"
+#include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/StringUtiltiy.h"
@@ -66,7 +68,7 @@ const ListSource kManagersList = {
 };
 
 // The list that stays from scan to scan and grows; after a failure it is begun anew.
-DcfFileInfoVector* KeptList() { return DcfFileInfoVector::GetInstance(); }
+DcfFileInfoVector* KeptList() { return &orx::Existing(DcfFileInfoVector::GetInstance()); }
 const ListSource kIncrementalList = {
     [] { KeptList(); },
     [] { return KeptList()->addToDCFInfoVector(); },
@@ -125,7 +127,7 @@ class DirectoryScanner::DcfScan {
  private:
   void WalkDirectories(const char* rootId, int* status);
   void AddFilesOf(const std::string& directoryName, const char* rootId, int* status);
-  bool Cancelled() const { return scanner_.bDirectoryScanCancelFlag; }
+  bool Cancelled() const { return scanner_.Stopped(); }
   bool FilesLeft() const { return nextFile_ < mode_.list.fileCount(); }
 
   DirectoryScanner& scanner_;
@@ -190,7 +192,7 @@ const DirectoryScanner::DcfScan::Mode DirectoryScanner::DcfScan::kBackup = {
 };
 
 // The database is closed at the end of every scan and opened again by the next one.
-void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* status) {
+void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* status) try {
   const std::string row(mode_.bannerLength, '=');
   ORX_LOG_INFO("%s", row.c_str());
   ORX_LOG_INFO("%s [%s], to db (%s) \n", mode_.banner, OrEmpty(dir), OrEmpty(dbPath));
@@ -212,7 +214,7 @@ void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* st
   }
 
   ORX_LOG_INFO("%s", mode_.beforePurge);
-  database->ExecSqlStatmentNoValueReturn("BEGIN;");
+  orx::WriteTransaction transaction(database);
   ORX_LOG_TIME(">> Delete Time!! start");
   (scanner_.*mode_.purge)(dir);
   ORX_LOG_TIME(">> Delete Time!! stop");
@@ -221,29 +223,37 @@ void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* st
     Walk(dir, nullptr, status);
     ORX_LOG_TIME(mode_.scanStop);
   }
-  database->ExecSqlStatmentNoValueReturn("COMMIT;");
+  transaction.End();
+  DataBaseMgr::DestroyInstance();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
   DataBaseMgr::DestroyInstance();
 }
 
 // Makes the root's row and registers the listed files, directory by directory.
-void DirectoryScanner::DcfScan::Walk(const char* dir, const char* parentId, int* status) {
+void DirectoryScanner::DcfScan::Walk(const char* dir, const char* parentId, int* status) try {
   ORX_LOG_INFO("[DirectoryScanner::_scanDirDcf] Start Scanning Directories\n");
   if (dir == nullptr) return;
 
+  const orx::FaultWatch watch;
   ORXFSHandler handler;
   if (handler.OpenDir(dir) == 0) {
+    if (watch.Seen()) return;
     ORX_LOG_INFO("_scanDirDcf : '%s' : Not Directory\n", dir);
     const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(dir));
     mode_.removeDirectory(&scanner_, utf8.get(), status);
     return;
   }
   const orx::TextPtr rootId(scanner_.FindOrAddDirectory(dir, parentId, mode_.addDirectory, status));
+  if (watch.Seen()) return;
   if (strlen(dir) > kLongestDirectory) {
     ORX_LOG_INFO("\nDirectory path is too big.\n");
     return;
   }
   if (mode_.list.directoryCount() > 0) WalkDirectories(rootId.get(), status);
   handler.CloseDir();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
 }
 
 void DirectoryScanner::DcfScan::WalkDirectories(const char* rootId, int* status) {
@@ -266,8 +276,10 @@ void DirectoryScanner::DcfScan::WalkDirectories(const char* rootId, int* status)
 // Registers the files that stand next in the list, as far as they lie in the directory.
 void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, const char* rootId,
                                            int* status) {
+  const orx::FaultWatch watch;
   const std::string dirPath = kDcfRoot + directoryName;
   const orx::TextPtr id(HandleDirectory(dirPath.c_str(), rootId));
+  const bool skipped = watch.Seen();  // the machine failed; its files are left to the next scan
 
   // Files of a directory without a row are registered without a parent; they are found again so.
   char** rows = nullptr;
@@ -280,7 +292,7 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
     const ListedFile file = mode_.list.file(nextFile_);
     if (orx::DirectoryNameInDcfPath(file.path) != directoryName) return;
     const std::string fullPath = kCardMount + file.path;
-    if (known.Contains(fullPath.c_str())) continue;
+    if (skipped || known.Contains(fullPath.c_str())) continue;
     const std::string name(orx::FileNameInDcfPath(file.path));
     if ((scanner_.*mode_.handleFile)(dirPath.c_str(), id.get(), name.c_str(), fullPath.c_str(),
                                      file.platformIndex, file.sortNumber, file.type) == 0)
@@ -293,8 +305,10 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
 // The id of a listed directory's row, a new text; null when the directory cannot be opened.
 char* DirectoryScanner::DcfScan::HandleDirectory(const char* dirPath, const char* parentId) {
   if (dirPath == nullptr) return nullptr;
+  const orx::FaultWatch watch;
   ORXFSHandler handler;
   if (handler.OpenDir(dirPath) == 0) {
+    if (watch.Seen()) return nullptr;
     ORX_LOG_INFO("_handleDirDcf : '%s' : Not Directory\n", dirPath);
     mode_.removeDirectory(&scanner_, dirPath, nullptr);
     return nullptr;

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +21,7 @@
 #include "FileScanner/MediaFileInfos.h"
 #include "FileScanner/PlatformRecord.h"
 #include "FileScanner/VideoMetaData.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
@@ -57,6 +59,7 @@ class Descriptor {
 int OpenFile(const char* path) {
   if (path == nullptr) return -1;
   const int descriptor = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) orx::NoteSystemError("open", path, errno);
   struct stat64 status = {};
   if (descriptor < 0 || fstat64(descriptor, &status) != 0) return descriptor;
   if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) return descriptor;
@@ -184,7 +187,7 @@ void FreeMediaFileDisplayInfo(MediaFileDisplayInfo* info) {
   delete info;
 }
 
-MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath) {
+MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath) try {
   if (fullPath == nullptr) {
     ORX_LOG_INFO("pMedia File Path Not Found [%s]", "");
     return nullptr;
@@ -223,14 +226,18 @@ MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath
     return nullptr;
   }
   return info.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
-MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath) {
+MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath) try {
   const orx::TextPtr name(_GetFileNameFromFullPathMA(fullPath));
   const char* dot = name != nullptr ? strrchr(name.get(), '.') : nullptr;
   if (dot == nullptr) {
     ORX_LOG_INFO(
-        "\n[DirectoryScanner::ParseAndGetMediaFileInfo] [%s] is not a valid file with extension \n",
+        "\n[DirectoryScanner::ParseAndGetMediaFileInfo] [%s] is not a valid file with extension "
+        "\n",
         OrEmpty(fullPath));
     return nullptr;
   }
@@ -260,6 +267,9 @@ MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath)
   }
   ORX_LOG_INFO("[DirectoryScanner::ParseAndGetMediaFileInfo] Filled All Details to FileInfo");
   return infos;
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 int DirectoryScanner::__ExtractFileSizeAndDateFromName(const char* path, long long* size,
@@ -293,17 +303,19 @@ int DirectoryScanner::__ExtractFileSizeAndDateFromName(const char* path, long lo
 }
 
 ImageMetaData* DirectoryScanner::__ExtractImageMetadata() {
-  auto record = std::make_unique<ImageMetaData>();
-  UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
-  const orx::TextPtr thumbnail(names->GetUniqueThumbnailURIMA("jpg"));
-  record->SetThumbnailURI(thumbnail.get());
-  const orx::TextPtr screennail(names->GetUniqueScreennailURIMA("jpg"));
-  record->SetScreennailURI(screennail.get());
-  SetServedPreviews(record.get());
-  return record.release();
+  return orx::Guarded(__func__, static_cast<ImageMetaData*>(nullptr), [&]() -> ImageMetaData* {
+    auto record = std::make_unique<ImageMetaData>();
+    UniqueValueGenerator* names = &orx::Existing(UniqueValueGenerator::GetInstance());
+    const orx::TextPtr thumbnail(names->GetUniqueThumbnailURIMA("jpg"));
+    record->SetThumbnailURI(thumbnail.get());
+    const orx::TextPtr screennail(names->GetUniqueScreennailURIMA("jpg"));
+    record->SetScreennailURI(screennail.get());
+    SetServedPreviews(record.get());
+    return record.release();
+  });
 }
 
-ImageMetaData* DirectoryScanner::__ExtractImageMetadata(const char* path) {
+ImageMetaData* DirectoryScanner::__ExtractImageMetadata(const char* path) try {
   if (path == nullptr) return nullptr;
   auto record = std::make_unique<ImageMetaData>();
   ORX_LOG_INFO("[DirectoryScanner::__ExtractImageMetadata] Parsing [%s]\n", path);
@@ -325,9 +337,12 @@ ImageMetaData* DirectoryScanner::__ExtractImageMetadata(const char* path) {
   SetTitleFromPath(record.get(), path);
   SetServedPreviews(record.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
-VideoMetaData* DirectoryScanner::__ExtractVideoMetadata(const char* path) {
+VideoMetaData* DirectoryScanner::__ExtractVideoMetadata(const char* path) try {
   if (path == nullptr) return nullptr;
   sVideoAttribute attributes = {};
   if (QUILWifi_getVideoAttribute(const_cast<char*>(path), &attributes) == 0) {
@@ -336,7 +351,7 @@ VideoMetaData* DirectoryScanner::__ExtractVideoMetadata(const char* path) {
   }
   auto record = std::make_unique<VideoMetaData>();
   const orx::TextPtr thumbnail(
-      UniqueValueGenerator::GetInstance()->GetUniqueVideoThumbnailURIMA("jpg"));
+      orx::Existing(UniqueValueGenerator::GetInstance()).GetUniqueVideoThumbnailURIMA("jpg"));
   record->SetThumbnailURI(thumbnail.get());
   record->SetDate(FieldText(attributes.szDate).c_str());
   record->SetSize(attributes.nFileSize);
@@ -347,6 +362,9 @@ VideoMetaData* DirectoryScanner::__ExtractVideoMetadata(const char* path) {
   SetTitleFromPath(record.get(), path);
   SetServedThumbnail(record.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 char* DirectoryScanner::__GetJPEGProfile(int height, int width) {

@@ -1,5 +1,6 @@
 // The registration of files: each becomes a metadata record, and the record becomes rows.
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -10,6 +11,8 @@
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/PlatformRecord.h"
+#include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
 #include "OSAL/UniqueValueGenerator.h"
@@ -19,7 +22,12 @@ namespace {
 constexpr unsigned kImage = 1;
 constexpr int kFailed = -1;
 constexpr char kTopDirectory[] = "0";
+constexpr char kSkipped[] =
+    "[DirectoryScanner::HandleFile] Media file [%s] is left to the next scan";
 constexpr size_t kDateSize = 16;  // of the buffer behind __ExtractFileSizeAndDateFromName
+
+// Names come from the one generator of the process.
+UniqueValueGenerator& Names() { return orx::Existing(UniqueValueGenerator::GetInstance()); }
 
 void SetUri(MediaMetaData* record, char* name) {
   const orx::TextPtr owned(name);
@@ -68,18 +76,19 @@ std::unique_ptr<MediaMetaData> ParsedRecord(DirectoryScanner* scanner, Parse par
   return std::unique_ptr<MediaMetaData>(parsers != nullptr ? (parsers->*parse)(&file) : nullptr);
 }
 
-// What HandleFile and HandleFile2 do.
+// What HandleFile and HandleFile2 do.  `watch` began before `file` was made: a file that the
+// machine failed for is left to the next scan.
 int RegisterParsed(DirectoryScanner* scanner, const ParsedRegistration& kind,
-                   const FileInfomation& file, const char* parentId) {
+                   const FileInfomation& file, const char* parentId, const orx::FaultWatch& watch) {
   const auto record = ParsedRecord(scanner, kind.parse, file);
   if (record == nullptr) return Refuse(kind.failedMessage, file.GetFileName());
   if (scanner->CheckMediaFileForDLNAContent(record.get()) == 0)
     return Refuse(kind.unsupportedMessage, file.GetFileName());
   record->SetDirectoryID(parentId);
-  UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
   SetUri(record.get(), kind.uriHasSortIndex
-                           ? names->GetUniqueURIMA(record->GetEXT(), record->GetSortIndex())
-                           : names->GetUniqueURIMA(record->GetEXT()));
+                           ? Names().GetUniqueURIMA(record->GetEXT(), record->GetSortIndex())
+                           : Names().GetUniqueURIMA(record->GetEXT()));
+  if (watch.Seen()) return Refuse(kSkipped, file.GetFileName());
   (scanner->*kind.insert)(record.get());
   return 1;
 }
@@ -128,6 +137,7 @@ const PlatformRegistration kBackupRegistration = {
 int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& kind,
                          const char* dir, const char* parentId, const char* name,
                          const char* fullPath, int dcfIndex, int sortIndex, int fileType) {
+  const orx::FaultWatch watch;
   long long size = 0;
   char date[kDateSize] = {};
   if (scanner->__ExtractFileSizeAndDateFromName(fullPath, &size, date) == 0)
@@ -152,71 +162,94 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
   record->SetSize(size);
   record->SetSortIndex(std::to_string(sortIndex).c_str());
   record->SetDirectoryID(parentId);
-  SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT(),
-                                                                           record->GetSortIndex()));
+  SetUri(record.get(), Names().GetUniqueURIMA(record->GetEXT(), record->GetSortIndex()));
+  if (watch.Seen()) return Refuse(kSkipped, name);
   scanner->InsertItemInObjectTable(record.get());
   return 1;
+}
+
+// Writes the item, as a new one or under the id that a client was given.  False when it is not
+// known under that id, and when the machine failed: then nothing is written.
+bool WriteItem(DataBaseMgr* database, MediaMetaData* record, const char* id,
+               const orx::FaultWatch& watch) {
+  if (id == nullptr)
+    record->SetDirectoryID(kTopDirectory);
+  else
+    SetUri(record, Names().GetUniqueURIMA(record->GetEXT()));
+  if (watch.Seen()) return false;
+  if (id != nullptr) return database->UpdateDBForNewItem(record, id) != 0;
+  if (sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0) {  // the host's own transaction
+    database->InsertMetaData(record);
+    return true;
+  }
+  orx::WriteTransaction transaction(database);
+  database->InsertMetaData(record);
+  return transaction.End();
 }
 
 }  // namespace
 
 int DirectoryScanner::HandleFile(const char* dir, const char* parentId, const char* name,
                                  const char* fullPath) {
-  const FileInfomation file(dir, name, fullPath);
-  return RegisterParsed(this, kPlainRegistration, file, parentId);
+  return orx::Guarded(__func__, 0, [&] {
+    const orx::FaultWatch watch;
+    const FileInfomation file(dir, name, fullPath);
+    return RegisterParsed(this, kPlainRegistration, file, parentId, watch);
+  });
 }
 
 int DirectoryScanner::HandleFile2(const char* dir, const char* parentId, const char* name,
                                   const char* fullPath, int dcfIndex, int sortIndex, int fileType) {
-  const FileInfomation file(dir, name, fullPath, dcfIndex, sortIndex, fileType);
-  return RegisterParsed(this, kSharedFileRegistration, file, parentId);
+  return orx::Guarded(__func__, 0, [&] {
+    const orx::FaultWatch watch;
+    const FileInfomation file(dir, name, fullPath, dcfIndex, sortIndex, fileType);
+    return RegisterParsed(this, kSharedFileRegistration, file, parentId, watch);
+  });
 }
 
 int DirectoryScanner::HandleFileXQ(const char* dir, const char* parentId, const char* name,
                                    const char* fullPath, int dcfIndex, int sortIndex,
                                    int fileType) {
-  return RegisterFromPlatform(this, kObjectOnlyRegistration, dir, parentId, name, fullPath,
-                              dcfIndex, sortIndex, fileType);
+  return orx::Guarded(__func__, 0, [&] {
+    return RegisterFromPlatform(this, kObjectOnlyRegistration, dir, parentId, name, fullPath,
+                                dcfIndex, sortIndex, fileType);
+  });
 }
 
 int DirectoryScanner::HandleFileAutoBackup(const char* dir, const char* parentId, const char* name,
                                            const char* fullPath, int dcfIndex, int sortIndex,
                                            int fileType) {
-  return RegisterFromPlatform(this, kBackupRegistration, dir, parentId, name, fullPath, dcfIndex,
-                              sortIndex, fileType);
+  return orx::Guarded(__func__, 0, [&] {
+    return RegisterFromPlatform(this, kBackupRegistration, dir, parentId, name, fullPath, dcfIndex,
+                                sortIndex, fileType);
+  });
 }
 
 int DirectoryScanner::ParseAndRegisterFile(const char* dbPath, const char* fullPath,
-                                           const char* parent) {
-  if (fullPath == nullptr) return kFailed;
-  const std::string path(fullPath);
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return kFailed;
-
+                                           const char* parent) try {
+  if (fullPath == nullptr || strrchr(fullPath, '/') == nullptr) return kFailed;
+  const orx::FaultWatch watch;
   std::unique_ptr<MediaMetaData> record;
   {
+    const std::string path(fullPath);
+    const size_t slash = path.rfind('/');
     const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, fullPath);
     ORX_LOG_INFO("[DirectoryScanner::ParseAndRegisterFile] File [%s]", fullPath);
     record = ParsedRecord(this, &FileParserFramework::HandleFile, file);
   }
   if (CheckMediaFileForDLNAContent(record.get()) == 0) return kFailed;
 
-  DataBaseMgr* database = DataBaseMgr::GetInstance();
-  if (database->OpenDB(dbPath) == 0) {
+  DataBaseMgr& database = orx::Existing(DataBaseMgr::GetInstance());
+  if (database.OpenDB(dbPath) == 0) {
     DataBaseMgr::DestroyInstance();
     return kFailed;
   }
-  if (parent == nullptr) {
-    record->SetDirectoryID(kTopDirectory);
-    database->InsertMetaData(record.get());
-  } else {
-    SetUri(record.get(), UniqueValueGenerator::GetInstance()->GetUniqueURIMA(record->GetEXT()));
-    if (database->UpdateDBForNewItem(record.get(), parent) == 0) {
-      DataBaseMgr::DestroyInstance();
-      ORX_LOG_INFO("File [%s] failed to register", fullPath);
-      return kFailed;
-    }
-  }
+  const bool written = WriteItem(&database, record.get(), parent, watch);
   DataBaseMgr::DestroyInstance();
-  return static_cast<int>(record->GetType());
+  if (written) return static_cast<int>(record->GetType());
+  ORX_LOG_INFO("File [%s] failed to register", fullPath);
+  return kFailed;
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return kFailed;
 }

@@ -11,6 +11,8 @@
 #include "FileScanner/KnownPaths.h"
 #include "FileScanner/MediaMetaData.h"
 #include "FileScanner/SqlConnection.h"
+#include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -46,6 +48,19 @@ void FillDirectoryRecord(DirectoryScanner* scanner, const char* path, const char
   record->SetType(kContainer);
 }
 
+// The id of the new row, null when there is none.
+char* AddDirectoryRow(DirectoryScanner* scanner, const char* path, const char* parentId,
+                      void (DataBaseMgr::*insert)(MediaMetaData*)) {
+  DataBaseMgr* database = DataBaseMgr::GetInstance();
+  if (database == nullptr) return nullptr;
+  const orx::FaultWatch watch;
+  MediaMetaData record;
+  FillDirectoryRecord(scanner, path, parentId, &record);
+  if (watch.Seen()) return nullptr;
+  (database->*insert)(&record);
+  return ORXCString::DupCopy(record.GetUniqueID());
+}
+
 }  // namespace
 
 void DirectoryScanner::ScanDir(const char* dir, const char* dbPath, int* status) {
@@ -60,19 +75,28 @@ void DirectoryScanner::ScanDir(const char* dir, const char* dbPath, int* status)
     return;
   }
   ORX_LOG_INFO("[DirectoryScanner::ScanDir] Before Invalidate");
-  database->ExecSqlStatmentNoValueReturn("BEGIN;");
-  DeleteInvalidItems(dir);
-  if (!bDirectoryScanCancelFlag) _ScanDir(dir, nullptr, status);
-  database->ExecSqlStatmentNoValueReturn("COMMIT;");
+  {
+    const orx::WriteTransaction transaction(database);
+    DeleteInvalidItems(dir);
+    if (!Stopped()) _ScanDir(dir, nullptr, status);
+  }
   DataBaseMgr::DestroyInstance();
 }
 
-void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* status) {
+bool DirectoryScanner::Stopped() const {
+  return bDirectoryScanCancelFlag || orx::WriteTransaction::Failed();
+}
+
+// Where the machine fails, the directory is left as it is, with all that is in it, for the next
+// scan.
+void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* status) try {
   ORX_LOG_INFO("[DirectoryScanner::_ScanDir] Start Scanning Directories");
   if (dir == nullptr) return;
 
+  const orx::FaultWatch watch;
   ORXFSHandler handler;
   if (handler.OpenDir(dir) == 0) {
+    if (watch.Seen()) return;
     ORX_LOG_INFO("_ScanDir : '%s' : Not Directory", dir);
     const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(dir));
     RemoveDirFromDB(utf8.get(), status);
@@ -84,12 +108,15 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
     return;
   }
   const orx::TextPtr id(FindOrAddDirectory(dir, parentId, &DirectoryScanner::AddDirToDB, status));
+  if (watch.Seen()) return;
   if (strlen(dir) > kLongestDirectory) {
     ORX_LOG_INFO("[DirectoryScanner::_ScanDir] Directory path is too big");
     return;
   }
   ScanEntries(&handler, dir, id.get(), status);
   handler.CloseDir();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
 }
 
 // The id of the directory's row, which `add` makes when there is none.
@@ -117,7 +144,7 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
   const auto entry = std::make_unique<ORXFSHandler::PTFile>();
   char fullPath[kPathSize];
   for (entry->type = kUnknownEntry; handler->Read(entry.get()) != 0; entry->type = kUnknownEntry) {
-    if (bDirectoryScanCancelFlag) break;
+    if (Stopped()) break;
     if (entry->type != kFileEntry && entry->type != kDirectoryEntry) continue;
     if (_GetFullPathOfFile(fullPath, dir, entry->name) == 0) {
       ORX_LOG_INFO("[DirectoryScanner::_ScanDir] Path of '%s' is too big", entry->name);
@@ -151,18 +178,12 @@ DirectoryScanner::OpenDirectoryMark::~OpenDirectoryMark() {
 
 char* DirectoryScanner::AddDirToDB(const char* path, const char* parentId) {
   if (path == nullptr) return nullptr;
-  MediaMetaData record;
-  FillDirectoryRecord(this, path, parentId, &record);
-  DataBaseMgr::GetInstance()->InsertMetaData(&record);
-  return ORXCString::DupCopy(record.GetUniqueID());
+  return AddDirectoryRow(this, path, parentId, &DataBaseMgr::InsertMetaData);
 }
 
 char* DirectoryScanner::AddDirToObjTableInDB(const char* path, const char* parentId) {
   if (path == nullptr) return nullptr;
-  MediaMetaData record;
-  FillDirectoryRecord(this, path, parentId, &record);
-  DataBaseMgr::GetInstance()->InsertMetaDataToObjTable(&record);
-  return ORXCString::DupCopy(record.GetUniqueID());
+  return AddDirectoryRow(this, path, parentId, &DataBaseMgr::InsertMetaDataToObjTable);
 }
 
 // The path is deliberately not cut: callers look up the id of the directory itself, and one that is

@@ -1,8 +1,11 @@
 #include "FileScanner/FileParserFramework.h"
 
+#include <memory>
+
 #include "FileScanner/FileParser.h"
 #include "FileScanner/FileParser_JPEG.h"
 #include "FileScanner/FileParser_MP4.h"
+#include "OSAL/Fault.h"
 
 FileParserFramework::FileParserFramework() { _InitializeParsers(); }
 
@@ -24,16 +27,18 @@ MediaMetaData* FileParserFramework::HandleFile2(const FileInfomation* file) {
 }
 
 void FileParserFramework::_InitializeParsers() {
-  auto* mp4 = new FileParser_MP4;
-  auto* jpeg = new FileParser_JPEG;
-  _AddFileParser(mp4);
-  _AddFileParser(jpeg);
-  _SetFirstFileParser(mp4);
-  mp4->SetNextParser(jpeg);
+  parsers_.reserve(parsers_.size() + 2);  // what is made below has its place
+  auto mp4 = std::make_unique<FileParser_MP4>();
+  auto jpeg = std::make_unique<FileParser_JPEG>();
+  mp4->SetNextParser(jpeg.get());
+  _SetFirstFileParser(mp4.get());
+  _AddFileParser(mp4.release());
+  _AddFileParser(jpeg.release());
 }
 
 void FileParserFramework::_AddFileParser(FileParser* parser) {
-  if (parser != nullptr) parsers_.push_back(parser);
+  if (parser == nullptr) return;
+  if (!orx::Guarded(__func__, [&] { parsers_.push_back(parser); })) delete parser;
 }
 
 void FileParserFramework::_SetFirstFileParser(FileParser* parser) {

@@ -9,6 +9,7 @@
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/JpegProfile.h"
 #include "MediaReaders/exif_reader.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/StringUtiltiy.h"
 #include "OSAL/TextPtr.h"
@@ -95,7 +96,7 @@ MediaMetaData* FileParser_JPEG::ParseFIle2(const FileInfomation* file) {
                        file);
 }
 
-ImageMetaData* FileParser_JPEG::__ExtractMetadata(const char* path) {
+ImageMetaData* FileParser_JPEG::__ExtractMetadata(const char* path) try {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_JPEG::__ExtractMetadata] Parsing [%s]", utf8.get());
@@ -134,10 +135,13 @@ ImageMetaData* FileParser_JPEG::__ExtractMetadata(const char* path) {
   SetProfile(record.get());
   ORX_LOG_INFO("[%s] Parse Success", utf8.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 ImageMetaData* FileParser_JPEG::__ExtractMetadata2(const char* path, int /*dcfIndex*/,
-                                                   int sortIndex, int /*fileType*/) {
+                                                   int sortIndex, int /*fileType*/) try {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_JPEG::__ExtractMetadata] Parsing [%s]\n", utf8.get());
@@ -153,6 +157,9 @@ ImageMetaData* FileParser_JPEG::__ExtractMetadata2(const char* path, int /*dcfIn
   SetProfile(record.get());
   ORX_LOG_INFO("[%s] Parse Success\n", utf8.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 char* FileParser_JPEG::__GetJPEGProfile(int height, int width) {

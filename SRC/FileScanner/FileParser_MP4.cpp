@@ -9,6 +9,7 @@
 #include "FileScanner/FileInfomation.h"
 #include "FileScanner/VideoMetaData.h"
 #include "MediaReaders/dlna_profiles.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/StringUtiltiy.h"
@@ -159,9 +160,11 @@ MediaMetaData* FileParser_MP4::ParseFIle(const FileInfomation* file) {
   if (file == nullptr || orx::BelongsToAnotherParser(kOwnExtensions, file->GetExtension()))
     return nullptr;
   const bool listed = orx::ListHasExtension(kOwnExtensions, file->GetExtension());
-  const std::string ext = orx::LowerCaseExtension(file->GetExtension());
-  return WithExtension(__ExtractMetadata(file->GetFullFileName(), listed ? ext.c_str() : nullptr),
-                       file);
+  return orx::Guarded(__func__, static_cast<MediaMetaData*>(nullptr), [&] {
+    const std::string ext = orx::LowerCaseExtension(file->GetExtension());
+    return WithExtension(__ExtractMetadata(file->GetFullFileName(), listed ? ext.c_str() : nullptr),
+                         file);
+  });
 }
 
 MediaMetaData* FileParser_MP4::ParseFIle2(const FileInfomation* file) {
@@ -171,13 +174,16 @@ MediaMetaData* FileParser_MP4::ParseFIle2(const FileInfomation* file) {
     ORX_LOG_ERROR("[%s]!!!! Error !!!! Extension is NULL \n", "ParseFIle2");
     return nullptr;
   }
-  const std::string ext = orx::LowerCaseExtension(file->GetExtension());
-  return WithExtension(__ExtractMetadata2(file->GetFullFileName(), ext.c_str(), file->GetDcfIndex(),
-                                          file->GetSortIndex(), file->GetFileType()),
-                       file);
+  return orx::Guarded(__func__, static_cast<MediaMetaData*>(nullptr), [&] {
+    const std::string ext = orx::LowerCaseExtension(file->GetExtension());
+    return WithExtension(
+        __ExtractMetadata2(file->GetFullFileName(), ext.c_str(), file->GetDcfIndex(),
+                           file->GetSortIndex(), file->GetFileType()),
+        file);
+  });
 }
 
-MediaMetaData* FileParser_MP4::__ExtractMetadata(const char* path, const char* ext) {
+MediaMetaData* FileParser_MP4::__ExtractMetadata(const char* path, const char* ext) try {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_MP4::__ExtractMetadata] Parsing [%s]", utf8.get());
@@ -190,12 +196,15 @@ MediaMetaData* FileParser_MP4::__ExtractMetadata(const char* path, const char* e
   std::unique_ptr<MediaMetaData> record = make(utf8.get(), ext, reading.meta);
   ORX_LOG_INFO("[%s] Parse Success", utf8.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 // The platform knows films only, so the record is one whatever the extension.
 MediaMetaData* FileParser_MP4::__ExtractMetadata2(const char* path, const char* ext,
                                                   int /*dcfIndex*/, int sortIndex,
-                                                  int /*fileType*/) {
+                                                  int /*fileType*/) try {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_MP4::__ExtractMetadata] Parsing [%s]", utf8.get());
@@ -210,6 +219,9 @@ MediaMetaData* FileParser_MP4::__ExtractMetadata2(const char* path, const char* 
   record->SetDLNAProfile(InCertification() ? kCertifiedProfile : kNoProfile);
   ORX_LOG_INFO("[%s] Parse Success", utf8.get());
   return record.release();
+} catch (const std::exception&) {
+  orx::NoteOutOfMemory(__func__);
+  return nullptr;
 }
 
 char* FileParser_MP4::__GetMp4Profile(mp4_dlna_prop_t prop) {

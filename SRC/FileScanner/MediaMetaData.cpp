@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "FileScanner/MediaRes.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXCString.h"
 
 namespace {
@@ -20,7 +21,11 @@ std::string_view AfterLast(std::string_view text, char c) {
   return text.substr(text.rfind(c) + 1);  // npos + 1 is 0: the whole text
 }
 
-char* NewText(std::string_view text) { return ORXCString::DupCopy(std::string(text).c_str()); }
+char* NewText(std::string_view text, std::string_view behind = {}) {
+  return orx::Guarded(__func__, static_cast<char*>(nullptr), [=] {
+    return ORXCString::DupCopy(std::string(text).append(behind).c_str());
+  });
+}
 
 // The number part of a DCF file name; "0000" when nothing stands before the extension.
 std::string_view FileNumber(std::string_view fileName) {
@@ -55,5 +60,5 @@ char* MediaMetaData::GetSortIndexFromFullPath(const char* path) {
   const std::string_view directoryNumber = AfterLast(directory, '/').substr(0, kDirectoryDigits);
   if (directoryNumber.empty() || fileNumber.empty() || fileNumber.size() > kLongestFileNumber)
     return nullptr;
-  return NewText(std::string(directoryNumber).append(fileNumber));
+  return NewText(directoryNumber, fileNumber);
 }

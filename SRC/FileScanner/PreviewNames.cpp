@@ -21,6 +21,7 @@ void NameImageThumbnail(const MediaMetaData& record, NamedAfter parts) {
   auto* image = Writable<ImageMetaData>(record);
   if (image == nullptr) return;
   UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
+  if (names == nullptr) return;
   const TextPtr name(parts == NamedAfter::kExtension
                          ? names->GetUniqueThumbnailURIMA(record.GetEXT())
                          : names->GetUniqueThumbnailURIMA(record.GetEXT(), record.GetSortIndex()));
@@ -31,6 +32,7 @@ void NameImageScreennail(const MediaMetaData& record, NamedAfter parts) {
   auto* image = Writable<ImageMetaData>(record);
   if (image == nullptr) return;
   UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
+  if (names == nullptr) return;
   const TextPtr name(parts == NamedAfter::kExtension
                          ? names->GetUniqueScreennailURIMA(record.GetEXT())
                          : names->GetUniqueScreennailURIMA(record.GetEXT(), record.GetSortIndex()));
@@ -40,8 +42,10 @@ void NameImageScreennail(const MediaMetaData& record, NamedAfter parts) {
 void NameVideoThumbnail(const MediaMetaData& record) {
   auto* video = Writable<VideoMetaData>(record);
   if (video == nullptr) return;
-  const TextPtr name(UniqueValueGenerator::GetInstance()->GetUniqueVideoThumbnailURIMA(
-      kVideoThumbnailExtension, record.GetSortIndex()));
+  UniqueValueGenerator* names = UniqueValueGenerator::GetInstance();
+  if (names == nullptr) return;
+  const TextPtr name(
+      names->GetUniqueVideoThumbnailURIMA(kVideoThumbnailExtension, record.GetSortIndex()));
   video->SetThumbnailURI(name.get());
 }
 

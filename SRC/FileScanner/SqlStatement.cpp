@@ -6,7 +6,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <string_view>
+
+#include "OSAL/Fault.h"
 
 namespace orx {
 namespace {
@@ -21,14 +24,6 @@ bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') 
 bool IsDecimalNumber(std::string_view text) {
   if (!text.empty() && text[0] == '-') text.remove_prefix(1);
   return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
-}
-
-// "%f" of a finite value, with a decimal point whatever the locale.
-std::string SixDecimals(double value) {
-  char digits[std::numeric_limits<double>::max_exponent10 + 16];
-  const auto end =
-      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
-  return std::string(digits, end.ptr);
 }
 
 // The length of the conversion "%d", "%lld", "%s" ... at `text`, which begins with '%'.
@@ -52,40 +47,53 @@ void SqlStatement::Reserve() {
   texts_.reserve(kExpectedText);
 }
 
+// A statement is built in the arguments of the operation that runs it, so it reports missing memory
+// only there.
 SqlStatement& SqlStatement::Add(Kind kind, std::string_view text) {
-  if (values_.empty()) Reserve();
-  values_.push_back({kind, 0, texts_.size(), text.size()});
-  texts_.append(text) += '\0';
+  const bool added = Guarded(__func__, [&] {
+    if (values_.empty()) Reserve();
+    values_.push_back({kind, 0, texts_.size(), text.size()});
+    texts_.append(text) += '\0';
+  });
+  if (!added) incomplete_ = true;
   return *this;
 }
 
 SqlStatement& SqlStatement::Int(long long value) {
-  if (values_.empty()) Reserve();
-  values_.push_back({Kind::kInt, value, 0, 0});
+  const bool added = Guarded(__func__, [&] {
+    if (values_.empty()) Reserve();
+    values_.push_back({Kind::kInt, value, 0, 0});
+  });
+  if (!added) incomplete_ = true;
   return *this;
-}
-
-SqlStatement& SqlStatement::Text(const char* value) {
-  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kText, value);
 }
 
 SqlStatement& SqlStatement::Unsigned(unsigned long long value) {
   if (value <= static_cast<unsigned long long>(std::numeric_limits<long long>::max()))
     return Int(static_cast<long long>(value));
-  return Add(Kind::kReal, std::to_string(value));  // too wide for SQLite's integers
+  char digits[std::numeric_limits<unsigned long long>::digits10 + 1];
+  const auto end = std::to_chars(digits, digits + sizeof digits, value);
+  return Add(Kind::kReal,
+             {digits, static_cast<size_t>(end.ptr - digits)});  // too wide for SQLite's integers
 }
 
+// "%f" of a finite value, with a decimal point whatever the locale.
 SqlStatement& SqlStatement::Real(double value) {
-  return Add(Kind::kReal, SixDecimals(std::isfinite(value) ? value : 0.0));
+  char digits[std::numeric_limits<double>::max_exponent10 + 16];
+  const auto end = std::to_chars(digits, digits + sizeof digits, std::isfinite(value) ? value : 0.0,
+                                 std::chars_format::fixed, 6);
+  return Add(Kind::kReal, {digits, static_cast<size_t>(end.ptr - digits)});
 }
 
-SqlStatement& SqlStatement::Id(const char* value) {
-  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kId, value);
+SqlStatement& SqlStatement::AddText(Kind kind, const char* value) {
+  return value == nullptr ? Add(Kind::kMissing, "") : Add(kind, value);
 }
 
-SqlStatement& SqlStatement::Name(const char* value) {
-  return value == nullptr ? Add(Kind::kMissing, "") : Add(Kind::kName, value);
-}
+SqlStatement& SqlStatement::Text(const char* value) { return AddText(Kind::kText, value); }
+
+SqlStatement& SqlStatement::Id(const char* value) { return AddText(Kind::kId, value); }
+
+SqlStatement& SqlStatement::Name(const char* value) { return AddText(Kind::kName, value); }
 
 // Calls visit(literal, length, value, quote) for each stretch of plain text and the value behind
 // it; `value` is null after the last stretch.  `quote` is the character around the value, 0 for
@@ -127,6 +135,7 @@ std::string SqlStatement::Printed() const {
 }
 
 bool SqlStatement::Compilable(std::string* sql, std::string* reason) const {
+  if (incomplete_) throw std::bad_alloc();
   sql->clear();
   reason->clear();
   sql->reserve(strlen(pattern_));
@@ -206,7 +215,12 @@ sqlite3_stmt* StatementCache::Get(sqlite3* connection, const std::string& sql, i
   *code = sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &compiled,
                              nullptr);
   if (*code != SQLITE_OK || compiled == nullptr) return nullptr;
-  compiled_.emplace(sql, compiled);
+  try {
+    compiled_.emplace(sql, compiled);
+  } catch (const std::bad_alloc&) {
+    sqlite3_finalize(compiled);
+    throw;
+  }
   return compiled;
 }
 

@@ -35,7 +35,7 @@ class SqlStatement {
   // The statement as printed, for the log.
   std::string Printed() const;
   // The statement to compile, with "?" for every value but the names.  False, and `reason` set,
-  // when the statement is refused.
+  // when the statement is refused.  A statement that memory ran out for throws std::bad_alloc.
   bool Compilable(std::string* sql, std::string* reason) const;
   // Binds the values to a statement compiled from Compilable's text.
   bool BindTo(sqlite3_stmt* compiled) const;
@@ -53,10 +53,12 @@ class SqlStatement {
   }
   template <typename Visitor>
   void VisitPattern(Visitor&& visit) const;
+  SqlStatement& AddText(Kind kind, const char* value);  // null is a missing value
   SqlStatement& Add(Kind kind, std::string_view text);
   void Reserve();
 
   const char* pattern_;
+  bool incomplete_ = false;  // memory ran out for a value
   std::vector<Value> values_;
   std::string texts_;  // of all values, one behind the other
 };

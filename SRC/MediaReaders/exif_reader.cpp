@@ -15,6 +15,7 @@
 #include "MediaReaders/jpeg_segments.h"
 #include "MediaReaders/tiff_types.h"
 #include "MediaReaders/tiff_walk.h"
+#include "OSAL/Fault.h"
 #include "UpnpUtil/upnp_util.h"
 
 namespace {
@@ -92,7 +93,7 @@ void TagReader::TakeUserComment(const IfdEntry& entry) const {
   ByteCursor value = ByteCursor(block, length).At(entry.value);
   if (value.Text(kAsciiComment.size()) != kAsciiComment) return;
   const std::string_view text = value.Text(entry.count - kAsciiComment.size());
-  data->UserComment = static_cast<char*>(calloc(text.size() + 1, 1));
+  data->UserComment = static_cast<char*>(orx::Noted(calloc(text.size() + 1, 1), __func__));
   if (data->UserComment != nullptr) memcpy(data->UserComment, text.data(), text.size());
 }
 
@@ -234,21 +235,24 @@ void NormaliseDate(ExifData* data) {
                           : IsDate(data->DateTime) ? DayOf(data->DateTime)
                                                    : DayOf(data->FileTime);
   free(data->Date);
-  data->Date = strdup(day.c_str());
+  data->Date = orx::Noted(strdup(day.c_str()), __func__);
 }
 
 // ---- The file ----
 
 bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data) {
   struct stat64 status = {};
-  if (file == nullptr || fstat64(file->descriptor, &status) != 0) return false;
+  if (file == nullptr) return false;
+  if (fstat64(file->descriptor, &status) != 0) {
+    orx::NoteSystemError("fstat", nullptr, errno);
+    return false;
+  }
   data->FileSize = status.st_size;
   data->FileTime = static_cast<long>(status.st_mtime);
   return true;
 }
 
-// Fills a zeroed record; no text is left in it on failure.
-bool ReadPicture(st_UPNP_FILE* file, ExifData* data) {
+bool ReadPictureUnguarded(st_UPNP_FILE* file, ExifData* data) {
   if (!ReadFileStatus(file, data) || data->FileSize == 0) return false;
   std::vector<uint8_t> block;
   const bool hasExif =
@@ -258,6 +262,13 @@ bool ReadPicture(st_UPNP_FILE* file, ExifData* data) {
     return false;
   NormaliseDate(data);
   return true;
+}
+
+// Fills a zeroed record; no text is left in it on failure.
+bool ReadPicture(st_UPNP_FILE* file, ExifData* data) {
+  if (orx::Guarded(__func__, false, [=] { return ReadPictureUnguarded(file, data); })) return true;
+  exif_free_metadata(data);
+  return false;
 }
 
 // Turns the thumbnail's offset into its position in the file and finds its size in pixels.  The

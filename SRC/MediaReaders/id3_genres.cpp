@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "MediaReaders/mp4_reader.h"
+#include "OSAL/Fault.h"
 
 namespace {
 
@@ -35,5 +36,7 @@ static_assert(std::size(kGenres) == 148, "no genre lost");
 }  // namespace
 
 char* mp3_getGenre(int n) {
-  return n >= 0 && n < static_cast<int>(std::size(kGenres)) ? strdup(kGenres[n]) : nullptr;
+  return n >= 0 && n < static_cast<int>(std::size(kGenres))
+             ? orx::Noted(strdup(kGenres[n]), __func__)
+             : nullptr;
 }

@@ -9,6 +9,7 @@
 
 #include "MediaReaders/mp4_items.h"
 #include "MediaReaders/mp4_samples.h"
+#include "OSAL/Fault.h"
 #include "UpnpUtil/upnp_util.h"
 
 namespace orx {
@@ -46,7 +47,7 @@ void ReadFileType(Mp4Walk& walk, const Mp4Box& box) {
   if (const int container = ContainerOfBrand(payload.substr(0, 4)); container != 0)
     meta.ContainerCode = container;
   if (payload.size() < 8) return;  // major brand and version
-  ReplaceText(meta.CompatibleBrands, strdup(payload.c_str() + 8));
+  ReplaceText(meta.CompatibleBrands, orx::Noted(strdup(payload.c_str() + 8), __func__));
   if (meta.CompatibleBrands != nullptr && (strstr(meta.CompatibleBrands, "mp42") != nullptr ||
                                            strstr(meta.CompatibleBrands, "avc1") != nullptr))
     meta.ContainerCode = kContainerMp4;

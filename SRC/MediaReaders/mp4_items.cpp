@@ -6,6 +6,8 @@
 #include <limits>
 #include <string>
 
+#include "OSAL/Fault.h"
+
 namespace orx {
 namespace {
 
@@ -41,7 +43,8 @@ char* ReadValue(Mp4Walk& walk, const Mp4Box& item) {
   if (!FindData(walk, item, &data) || data.payloadSize() < kTypeAndLocale) return nullptr;
   walk.SkipTo(data.payload + kTypeAndLocale);
   const std::string value = walk.ReadRest(data);
-  return value.empty() && data.payloadSize() > kTypeAndLocale ? nullptr : strdup(value.c_str());
+  if (value.empty() && data.payloadSize() > kTypeAndLocale) return nullptr;
+  return Noted(strdup(value.c_str()), __func__);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "MediaReaders/byte_cursor.h"
 #include "MediaReaders/mp4_boxes.h"
 #include "MediaReaders/mp4_walk.h"
+#include "OSAL/Fault.h"
 
 namespace {
 
@@ -23,7 +24,8 @@ char* DateText(int moment) {
   struct tm date = {};
   char text[15];
   if (localtime_r(&seconds, &date) == nullptr) return nullptr;
-  return strftime(text, sizeof text, "%Y-%m-%d", &date) == 0 ? nullptr : strdup(text);
+  if (strftime(text, sizeof text, "%Y-%m-%d", &date) == 0) return nullptr;
+  return orx::Noted(strdup(text), __func__);
 }
 
 // The file begins with the sync word of an ADTS header.  The position is at the start again.
@@ -65,7 +67,7 @@ int m4a_get_metadata(const char* path, mp4_metadata_t* meta) {
 
 int m4a_atom_get_metadata(st_UPNP_FILE* file, long long limit, mp4_metadata_t* meta) {
   if (file == nullptr || meta == nullptr) return 0;
-  orx::Mp4Walk(file, meta, orx::FindBoxReader).Run(limit);
+  orx::Guarded(__func__, [=] { orx::Mp4Walk(file, meta, orx::FindBoxReader).Run(limit); });
   return meta->HasVideo != 0 || meta->HasAudio != 0 ? 1 : 0;
 }
 

@@ -6,6 +6,7 @@
 #include "MediaReaders/byte_cursor.h"
 #include "MediaReaders/exif_reader.h"
 #include "MediaReaders/tiff_types.h"
+#include "OSAL/Fault.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ void FieldBytes(const unsigned char* block, unsigned length, unsigned value,
 }
 
 char* NewText(const void* bytes, size_t count) {
-  char* text = static_cast<char*>(malloc(count + 1));
+  char* text = static_cast<char*>(orx::Noted(malloc(count + 1), __func__));
   if (text == nullptr) return nullptr;
   memcpy(text, bytes, count);
   text[count] = '\0';

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "OSAL/Fault.h"
+
 namespace orx {
 
 bool IsAscii(const char* text, size_t length) {
@@ -12,7 +14,8 @@ bool IsAscii(const char* text, size_t length) {
 
 char* ConvertWhole(const char* to, const char* from, const char* text, size_t length, size_t room) {
   const CharsetConverter converter(to, from);
-  char* result = converter.ok() ? static_cast<char*>(calloc(room + 1, 1)) : nullptr;
+  if (!converter.ok()) return nullptr;
+  auto* result = static_cast<char*>(Noted(calloc(room + 1, 1), __func__));
   if (result == nullptr) return nullptr;
   char* out = result;
   size_t outLeft = room;

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "OSAL/Fault.h"
+
 char* ORXCString::Concate(char* to, const char* text) { return strcat(to, text); }
 
 char* ORXCString::Concate(char* to, const char* text, size_t count) {
@@ -50,7 +52,7 @@ int ORXCString::Print(char* to, const char* format, ...) {
 char* ORXCString::DupCopy(const char* text) {
   if (text == nullptr) return nullptr;
   const size_t size = strlen(text) + 1;
-  char* copy = static_cast<char*>(malloc(size));
+  char* copy = static_cast<char*>(orx::Noted(malloc(size), __func__));
   if (copy != nullptr) memcpy(copy, text, size);
   return copy;
 }

@@ -4,11 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 
 namespace {
@@ -35,8 +37,12 @@ void SetTime(time_t when, ORXFSHandler::PTFile* entry) {
 bool OpensForReading(const char* path, struct stat64* status) {
   if (path == nullptr) return false;
   const int descriptor = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) {
+    orx::NoteSystemError("open", path, errno);
+    return false;
+  }
   const bool known = fstat64(descriptor, status) == 0;
+  if (!known) orx::NoteSystemError("fstat", path, errno);
   close(descriptor);
   return known && (S_ISREG(status->st_mode) || S_ISDIR(status->st_mode));
 }
@@ -58,7 +64,10 @@ ORXFSHandler::~ORXFSHandler() {
 int ORXFSHandler::OpenDir(const char* path) {
   if (path == nullptr) return 0;
   DIR* opened = opendir(path);
-  if (opened == nullptr) return 0;
+  if (opened == nullptr) {
+    orx::NoteSystemError("opendir", path, errno);
+    return 0;
+  }
   if (directory_ != nullptr) closedir(directory_);
   directory_ = opened;
   CopyBounded(path_, sizeof path_, path);
@@ -74,15 +83,24 @@ int ORXFSHandler::CloseDir() {
 
 int ORXFSHandler::Read(PTFile* entry) {
   if (directory_ == nullptr || entry == nullptr) return 0;
-  struct dirent64* found = readdir64(directory_);
-  while (found != nullptr && found->d_name[0] == '.') found = readdir64(directory_);
-  if (found == nullptr) return 0;
+  struct dirent64* found = nullptr;
+  do {
+    errno = 0;
+    found = readdir64(directory_);
+  } while (found != nullptr && found->d_name[0] == '.');
+  if (found == nullptr) {
+    orx::NoteSystemError("readdir", path_, errno);
+    return 0;
+  }
   CopyBounded(entry->name, sizeof entry->name, found->d_name);
 
   char full[sizeof path_ + sizeof entry->name + 1];
   snprintf(full, sizeof full, "%s/%s", path_, entry->name);
   struct stat64 status = {};
-  if (stat64(full, &status) != 0) return 1;
+  if (stat64(full, &status) != 0) {
+    orx::NoteSystemError("stat", full, errno);
+    return 1;
+  }
   entry->type = S_ISDIR(status.st_mode) ? 0 : 1;
   entry->size = static_cast<uint32_t>(status.st_size);
   SetTime(status.st_mtime, entry);

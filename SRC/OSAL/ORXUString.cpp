@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "OSAL/Fault.h"
 #include "OSAL/ORXCString.h"
 
 int ORXUString::DiffCase(const char* a, const char* b) { return strcasecmp(a, b); }
@@ -102,7 +103,7 @@ unsigned short* ORXUString::CharRevW(const unsigned short* text, unsigned short 
 
 unsigned short* ORXUString::DupCopyW(const unsigned short* text) {
   const size_t size = (Length(text) + 1) * sizeof *text;
-  auto* copy = static_cast<unsigned short*>(malloc(size));
+  auto* copy = static_cast<unsigned short*>(orx::Noted(malloc(size), __func__));
   if (copy != nullptr) memcpy(copy, text, size);
   return copy;
 }

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <limits>
 
+#include "OSAL/Fault.h"
 #include "OSAL/StringUtiltiy.h"
 
 UniqueValueGenerator* UniqueValueGenerator::instance_ = nullptr;
@@ -33,7 +34,8 @@ const char* OrDefault(const char* text, const char* fallback) {
 }  // namespace
 
 UniqueValueGenerator* UniqueValueGenerator::GetInstance() {
-  if (instance_ == nullptr) instance_ = new UniqueValueGenerator;
+  if (instance_ == nullptr)
+    instance_ = orx::Noted(new (std::nothrow) UniqueValueGenerator, __func__);
   return instance_;
 }
 

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+
+#include "OSAL/Fault.h"
 
 namespace {
 
@@ -48,8 +51,9 @@ void AddReadBuffer(st_UPNP_FILE* file) {
 // Takes over a fresh descriptor; null when there is none to work with.  0, which only a process
 // without standard input gets, counts as a failed open.
 st_UPNP_FILE* MakeHandle(int descriptor) {
-  auto* file =
-      descriptor > 0 ? static_cast<st_UPNP_FILE*>(calloc(1, sizeof(st_UPNP_FILE))) : nullptr;
+  st_UPNP_FILE* file = nullptr;
+  if (descriptor > 0)
+    file = static_cast<st_UPNP_FILE*>(orx::Noted(calloc(1, sizeof(st_UPNP_FILE)), __func__));
   if (file != nullptr)
     file->descriptor = descriptor;
   else if (descriptor >= 0)
@@ -61,6 +65,7 @@ st_UPNP_FILE* MakeHandle(int descriptor) {
 mode_t FillSize(st_UPNP_FILE* file) {
   struct stat64 status = {};
   const bool known = fstat64(file->descriptor, &status) == 0;
+  if (!known) orx::NoteSystemError("fstat", nullptr, errno);
   file->size = known ? static_cast<long long>(status.st_size) : -1;
   return known ? status.st_mode : 0;
 }
@@ -101,7 +106,10 @@ int ReadBuffered(const st_UPNP_FILE* file, st_UPNP_FILE_BUFFER* buffer, char* to
         large ? static_cast<int>(pread64(file->descriptor, to + done, static_cast<size_t>(left),
                                          static_cast<off64_t>(position)))
               : FillBuffer(file->descriptor, position, buffer);
-    if (count < 0) return done > 0 ? done : -1;
+    if (count < 0) {
+      orx::NoteSystemError("read", nullptr, errno);
+      return done > 0 ? done : -1;
+    }
     if (count == 0) break;
     if (large) done += count;
   }
@@ -125,7 +133,10 @@ long long SeekBuffered(const st_UPNP_FILE* file, long long offset, int whence) {
 }  // namespace
 
 int open_read(const char* path) {
-  return path == nullptr ? -1 : open64(path, O_RDONLY | kNeverBlock);
+  if (path == nullptr) return -1;
+  const int descriptor = open64(path, O_RDONLY | kNeverBlock);
+  if (descriptor < 0) orx::NoteSystemError("open", path, errno);
+  return descriptor;
 }
 
 int open_write(const char* path) {
@@ -217,7 +228,10 @@ char* upnp_file_gets(char* buffer, int length, st_UPNP_FILE* file) {
 int upnp_file_stat(const char* path, st_UPNP_FILE_STAT* status) {
   if (path == nullptr || status == nullptr) return -1;
   struct stat64 found = {};
-  if (stat64(path, &found) != 0) return -1;
+  if (stat64(path, &found) != 0) {
+    orx::NoteSystemError("stat", path, errno);
+    return -1;
+  }
   FillStatus(found, status);
   return 0;
 }

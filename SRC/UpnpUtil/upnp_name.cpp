@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "OSAL/Fault.h"
 #include "UpnpUtil/upnp_file.h"
 #include "UpnpUtil/upnp_util.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::string_view kSlashes = "/\\";
 
+constexpr std::string_view kNoTitle = "No Title";
 constexpr char kTempBase[] = "";  // the file system's root
 
 }  // namespace
@@ -20,13 +22,14 @@ char* upnp_build_title_from_filename(const char* path) {
   const size_t slash = title.find_last_of(kSlashes);
   if (slash != std::string_view::npos) title.remove_prefix(slash + 1);
   title = title.substr(0, title.rfind('.'));
-  return title.empty() ? strdup("No Title") : strndup(title.data(), title.size());
+  if (title.empty()) title = kNoTitle;
+  return orx::Noted(strndup(title.data(), title.size()), __func__);
 }
 
 char* make_cache_path(const char* dir, const char* name) {
   if (dir == nullptr || name == nullptr || *dir == '\0' || *name == '\0') return nullptr;
   const size_t dirLength = strlen(dir), nameLength = strlen(name);
-  auto* path = static_cast<char*>(calloc(dirLength + nameLength + 2, 1));
+  auto* path = static_cast<char*>(orx::Noted(calloc(dirLength + nameLength + 2, 1), __func__));
   if (path == nullptr) return nullptr;
   memcpy(path, dir, dirLength);
   char* out = path + dirLength;
@@ -43,5 +46,5 @@ char* upnp_util_create_tempfilename() {
   if (upnp_file_mkdir(text) < 0) return nullptr;
   snprintf(text, sizeof text, "%s/temp/tempfile%d", kTempBase, counter);
   counter = static_cast<int>(static_cast<unsigned>(counter) + 1);
-  return strdup(text);
+  return orx::Noted(strdup(text), __func__);
 }

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <limits>
 
+#include "OSAL/Fault.h"
 #include "UpnpUtil/GmtNameClock.h"
 #include "UpnpUtil/upnp_util.h"
 
@@ -82,7 +83,7 @@ char* upnp_duration_to_string(long ms) {
              d.milliseconds);
   else
     snprintf(text, sizeof text, "%ld:%02ld:%02ld", d.hours, d.minutes, d.seconds);
-  return strdup(text);
+  return orx::Noted(strdup(text), __func__);
 }
 
 int upnp_format_time(long ms, char* dst) {

@@ -1,0 +1,30 @@
+#include "FileScanner/WriteTransaction.h"
+
+#include "FileScanner/DataBaseMgr.h"
+#include "OSAL/ORXLog.h"
+
+namespace orx {
+
+WriteTransaction::WriteTransaction(DataBaseMgr* database) : database_(database) {
+  database_->writing_ = DataBaseMgr::Writing::kInTransaction;
+  database_->ExecSqlStatmentNoValueReturn("BEGIN;");
+}
+
+bool WriteTransaction::Failed() noexcept {
+  return DataBaseMgr::mpThisInstance != nullptr && DataBaseMgr::mpThisInstance->WritingFailed();
+}
+
+bool WriteTransaction::End() noexcept {
+  if (database_ == nullptr) return false;
+  DataBaseMgr& database = *database_;
+  database_ = nullptr;
+  const bool failed = database.WritingFailed();
+  database.writing_ = DataBaseMgr::Writing::kPlain;
+  if (!failed && database.ExecSqlStatmentNoValueReturn("COMMIT;") == 1) return true;
+  if (failed) ORX_LOG_ERROR("Error : what was written is undone");
+  if (sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0)
+    database.ExecSqlStatmentNoValueReturn("ROLLBACK;");
+  return false;
+}
+
+}  // namespace orx
