@@ -93,9 +93,6 @@ class CardCommand : public orx_test::CommandTest {
       if (refusal["path"] == path) return refusal["reason"];
     return "(not refused)";
   }
-  static bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-  }
 };
 
 json Change(int added, int removed, int total) {

@@ -61,6 +61,37 @@ class CommandTest : public testing::Test {
     return cell;
   }
 
+  // Runs statements on the database, which is made when it is not there.
+  void Execute(const std::string& sql) const {
+    sqlite3* connection = nullptr;
+    EXPECT_EQ(sqlite3_open(database_.c_str(), &connection), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(connection) << " in " << sql;
+    sqlite3_close(connection);
+  }
+  // Databases of the sharing modes 8 and 6, with a folder and a picture each.
+  void MakeObjectOnlyDatabase() const {
+    Execute(
+        "CREATE TABLE ObjectTable (id INTEGER PRIMARY KEY, Title, class, date, size, parentID,"
+        " FullPath, uri, Thumbnailuri, Screennailuri, Height, Width, VideoFrameRate, VideoBitrate,"
+        " SortIndex);"
+        "INSERT INTO ObjectTable (Title, class, parentID, FullPath, SortIndex) VALUES"
+        " (' ', 0, '0', '/mnt/mmc/DCIM', ' '),"
+        " ('ORXA0001', 1, '1', '/mnt/mmc/DCIM/100ORXSC/ORXA0001.JPG', '1000001')");
+  }
+  void MakeBackupDatabase() const {
+    Execute(
+        "CREATE TABLE ObjectTable (id INTEGER PRIMARY KEY, Title, class, date, size, parentID,"
+        " FullPath, MimeType, SortIndex, Valid, BackupID, IsBackup);"
+        "INSERT INTO ObjectTable (Title, class, parentID, FullPath, SortIndex, IsBackup) VALUES"
+        " (' ', 0, '0', '/mnt/mmc/DCIM', ' ', 0),"
+        " ('ORXA0001', 1, '1', '/mnt/mmc/DCIM/100ORXSC/ORXA0001.JPG', '1000001', 0)");
+  }
+
+  static bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+  }
+
   std::string Picture() const { return card_ + "/DCIM/100ORXSC/ORXA0001.JPG"; }
   std::string Film() const { return card_ + "/DCIM/101ORXSC/ORXA0001.MP4"; }
   std::string Sound() const { return card_ + "/MUSIC/TRACK01.M4A"; }

@@ -20,9 +20,20 @@ TEST_F(Command, ShowsHelp) {
   const ProcessResult result = Run({"--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
-  for (const char* word : {"scan", "register", "info", "130 cancelled"})
+  for (const char* word : {"scan", "card", "register", "info", "show", "query", "share",
+                           "backup-list", "dump", "check", "130 cancelled"})
     EXPECT_NE(result.output.find(word), std::string::npos) << result.output;
   EXPECT_NE(Run({"scan", "--help"}).output.find("--profiles"), std::string::npos);
+}
+
+TEST_F(Command, ShowsAnExampleInTheHelpOfEveryCommand) {
+  for (const std::string name : {"scan", "card", "register", "info", "show", "query", "share",
+                                 "backup-list", "dump", "check"}) {
+    const ProcessResult result = Run({name, "--help"});
+    EXPECT_EQ(result.status, 0) << name;
+    EXPECT_EQ(result.errors, "") << name;
+    EXPECT_TRUE(Contains(result.output, "Example: orxscan " + name + " ")) << result.output;
+  }
 }
 
 TEST_F(Command, TellsItsVersion) {
@@ -41,11 +52,92 @@ TEST_F(Command, RefusesBadArgumentsWithOneLine) {
   ExpectUsageError({"scan", card_, database_, "--profiles"}, "--profiles");
   ExpectUsageError({"register", Picture()}, "DB is required");
   ExpectUsageError({"info"}, "FILE is required");
+  for (const char* name : {"show", "query", "share", "backup-list", "dump", "check"})
+    ExpectUsageError({name}, "DB is required");
+  ExpectUsageError({"query", database_}, "SQL is required");
+  ExpectUsageError({"show", database_, "--limit", "-1"}, "--limit");
   EXPECT_FALSE(DatabaseExists());
 }
 
 TEST_F(Command, LetsNoControlCharactersOfAnArgumentThrough) {
   ExpectUsageError({"scan", card_, database_, "\x1b[2J\n"}, "\\x1b[2J\\x0a");
+}
+
+TEST_F(Command, SaysWhenAnotherProgramHoldsTheDatabase) {
+  Scan();
+  sqlite3* connection = nullptr;
+  ASSERT_EQ(sqlite3_open(database_.c_str(), &connection), SQLITE_OK);
+  sqlite3_exec(connection, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+  ExpectFailure({"show", database_}, "database '" + database_ + "': database is locked");
+  sqlite3_close(connection);
+}
+
+// ---- the commands that need a database ----
+
+class ReadingCommand : public Command, public testing::WithParamInterface<const char*> {
+ protected:
+  std::vector<std::string> On(const std::string& database) const {
+    std::vector<std::string> arguments = {GetParam(), database};
+    if (arguments[0] == "query") arguments.emplace_back("SELECT * FROM ObjectTable");
+    return arguments;
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Commands, ReadingCommand,
+                         testing::Values("show", "query", "share", "backup-list", "dump", "check"),
+                         [](const auto& test) {
+                           const std::string name = test.param;
+                           return name == "backup-list" ? "backupList" : name;
+                         });
+
+TEST_P(ReadingCommand, RefusesAMissingFile) {
+  ExpectFailure(On(database_), "database '" + database_ + "': No such file or directory");
+  EXPECT_FALSE(DatabaseExists());
+  ExpectFailure(On(""), "the name of the database is empty");
+}
+
+TEST_P(ReadingCommand, RefusesAFileThatIsNoDatabase) {
+  const std::string letter = dir_.Write("letter.txt", "Dear database, this is a letter to you.\n");
+  ExpectFailure(On(letter), "database '" + letter + "': file is not a database");
+  ExpectFailure(On(dir_.path()), "database '" + dir_.path() + "' is a folder");
+  ExpectFailure(On("/dev/null"), "database '/dev/null' is not a regular file");
+  const std::string empty = dir_.Write("empty.db", "");
+  ExpectFailure(On(empty), "database '" + empty + "' is an empty file");
+  EXPECT_EQ(std::filesystem::file_size(empty), 0u);
+}
+
+TEST_P(ReadingCommand, RefusesADatabaseOfSomethingElse) {
+  Execute("CREATE TABLE Songs(id)");
+  ExpectFailure(On(database_), "'" + database_ + "' is not a media database");
+}
+
+TEST_P(ReadingCommand, SaysWhenAProgramDiedWhileItWrote) {
+  Scan();
+  sqlite3* connection = nullptr;
+  ASSERT_EQ(sqlite3_open(database_.c_str(), &connection), SQLITE_OK);
+  sqlite3_exec(connection,
+               "PRAGMA cache_size = 1; BEGIN; UPDATE ImageTable SET Title = 'half';"
+               "UPDATE ObjectTable SET Valid = 1; UPDATE VideoTable SET Title = 'x'",
+               nullptr, nullptr, nullptr);
+  sqlite3_db_cacheflush(connection);
+  const std::string left = dir_.Path("left.db");  // what such a program leaves
+  std::filesystem::copy(database_, left);
+  std::filesystem::copy(database_ + "-journal", left + "-journal");
+  sqlite3_close(connection);
+  ExpectFailure(On(left), "database '" + left +
+                              "': a program that was writing it did not end properly; the next "
+                              "scan repairs it");
+  EXPECT_EQ(Run({"scan", card_, left, "--quiet"}).status, 0);
+  EXPECT_EQ(Run(On(left)).status, 0);
+}
+
+TEST_P(ReadingCommand, LetsNoControlCharactersOfItsNameThrough) {
+  ExpectFailure(On(dir_.Path("\x1b[2J")),
+                "database '" + dir_.Path("\\x1b[2J") + "': No such file or directory");
+}
+
+TEST_P(ReadingCommand, TakesNoNameForOneOfSqlitesOwn) {
+  ExpectFailure(On(":memory:"), "database ':memory:': No such file or directory");
 }
 
 }  // namespace

@@ -17,9 +17,6 @@ using orx_test::Terminal;
 
 class ScanCommand : public orx_test::CommandTest {
  protected:
-  static bool Contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-  }
   static std::string ReasonFor(const json& summary, const std::string& path) {
     for (const json& refusal : summary["refused"])
       if (refusal["path"] == path) return refusal["reason"];

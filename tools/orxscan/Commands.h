@@ -16,5 +16,11 @@ Command AddScanCommand(CLI::App* parent);
 Command AddCardCommand(CLI::App* parent);
 Command AddRegisterCommand(CLI::App* parent);
 Command AddInfoCommand(CLI::App* parent);
+Command AddShowCommand(CLI::App* parent);
+Command AddQueryCommand(CLI::App* parent);
+Command AddShareCommand(CLI::App* parent);
+Command AddBackupListCommand(CLI::App* parent);
+Command AddDumpCommand(CLI::App* parent);
+Command AddCheckCommand(CLI::App* parent);
 
 }  // namespace orxscan

@@ -85,21 +85,20 @@ DatabaseFile::DatabaseFile(const std::string& path)
   layout_ = LayoutOf(connection_.get(), name_);
 }
 
-bool DatabaseFile::HasTable(const std::string& table) const {
-  const Statement found = Select("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?");
-  sqlite3_bind_text(found.get(), 1, table.c_str(), static_cast<int>(table.size()),
-                    SQLITE_TRANSIENT);
-  return Next(found);
-}
-
 std::vector<std::string> DatabaseFile::Tables() const {
   if (layout_ == Layout::kFull) return {std::begin(kTables), std::end(kTables)};
   return {kTables[0]};
 }
 
-void DatabaseFile::Require(const std::string& table) const {
-  if (!HasTable(table))
-    throw Failure("database {} has no {}: it has {}", name_, Printable(table), Described(layout_));
+std::string DatabaseFile::Require(const std::string& table) const {
+  const Statement found =
+      Select("SELECT name FROM sqlite_master WHERE type = 'table' AND name = ? COLLATE NOCASE");
+  sqlite3_bind_text(found.get(), 1, table.c_str(), static_cast<int>(table.size()),
+                    SQLITE_TRANSIENT);
+  if (!Next(found))
+    throw Failure("database {} has no table {}: it has {}", name_, Quoted(table),
+                  Described(layout_));
+  return CellText(found.get(), 0);
 }
 
 Statement DatabaseFile::Select(const std::string& sql) const {

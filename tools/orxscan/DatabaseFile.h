@@ -35,12 +35,13 @@ class DatabaseFile {
   const std::string& path() const { return path_; }  // absolute
   const std::string& name() const { return name_; }  // as the user wrote it, quoted
   Layout layout() const { return layout_; }
+  sqlite3* connection() const { return connection_.get(); }  // for reading
 
-  bool HasTable(const std::string& table) const;
   // The tables of the layout, the object table first.
   std::vector<std::string> Tables() const;
-  // Throws a Failure, in terms of the layout, when the table is missing.
-  void Require(const std::string& table) const;
+  // The name of the table as the database spells it.  Throws a Failure, in terms of the layout,
+  // when the table is missing.
+  std::string Require(const std::string& table) const;
 
   Statement Select(const std::string& sql) const;
   bool Next(const Statement& row) const { return NextRow(row.get(), name_); }

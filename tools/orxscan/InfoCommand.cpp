@@ -148,6 +148,7 @@ Command AddInfoCommand(CLI::App* parent) {
   CLI::App* app = parent->add_subcommand("info", "Show what is known of one file");
   app->add_option("FILE", options->file, "the picture, film or sound")->required();
   app->add_flag("--json", options->json, "print it as JSON");
+  app->footer("Example: orxscan info IMG_0001.JPG --json");
   return {app, [options] { return Info(*options); }};
 }
 

@@ -61,6 +61,12 @@ void QuietLibrary::Receive(int priority, const std::string& line) {
   if (listener_) listener_(parsed);
 }
 
+DataBaseMgr* OpenDatabase(const std::string& path, const std::string& name) {
+  DataBaseMgr* database = DataBaseMgr::GetInstance();
+  if (database->OpenDB(path.c_str()) != 1) throw Failure("database {} cannot be opened", name);
+  return database;
+}
+
 LibraryInstances::~LibraryInstances() {
   DataBaseMgr::DestroyInstance();
   DcfFileInfoVector::DestroyInstance();

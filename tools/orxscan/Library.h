@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+class DataBaseMgr;
+
 namespace orxscan {
 
 struct LogLine {
@@ -38,6 +40,9 @@ class QuietLibrary {
   FILE* standardOutput_;
   FILE* standardError_;
 };
+
+// The manager with the existing database open, within a QuietLibrary.  Throws a Failure.
+DataBaseMgr* OpenDatabase(const std::string& path, const std::string& name);
 
 // Destroys the scanner, its lists and the database manager at its end, however that is reached.
 class LibraryInstances {

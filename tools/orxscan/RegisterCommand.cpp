@@ -87,6 +87,7 @@ Command AddRegisterCommand(CLI::App* parent) {
   app->add_option("--parent", options->parent,
                   "fill the item of this id, which a client created for the file")
       ->type_name("ID");
+  app->footer("Example: orxscan register film.mp4 media.db");
   return {app, [options] { return Register(*options); }};
 }
 

@@ -108,6 +108,7 @@ Command AddScanCommand(CLI::App* parent) {
                 "scan as a device in DLNA certification does");
   app->add_flag("--json", options->json, "print the summary as JSON");
   app->add_flag("--quiet", options->quiet, "print nothing but errors");
+  app->footer("Example: orxscan scan ~/Pictures media.db");
   return {app, [options] { return Scan(*options); }};
 }
 

@@ -24,8 +24,11 @@ int Run(int argc, char** argv) {
   app.set_version_flag("--version", "orxscan " ORXSCAN_VERSION);
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 could not, 130 cancelled.");
-  const Command commands[] = {AddScanCommand(&app), AddCardCommand(&app), AddRegisterCommand(&app),
-                              AddInfoCommand(&app)};
+  const Command commands[] = {AddScanCommand(&app),     AddCardCommand(&app),
+                              AddRegisterCommand(&app), AddInfoCommand(&app),
+                              AddShowCommand(&app),     AddQueryCommand(&app),
+                              AddShareCommand(&app),    AddBackupListCommand(&app),
+                              AddDumpCommand(&app),     AddCheckCommand(&app)};
   const auto isFirstArgument = [&](const Command& command) {
     return command.app->get_name() == argv[1];
   };
