@@ -475,8 +475,8 @@ TEST_F(MediaTables, LogTheStatementOfASoundThatWasNotWritten) {
   EXPECT_EQ(database_->InsertAudioMetaData(&audio), 0);
   EXPECT_TRUE(
       LoggedFailureOf("insert into AudioTable values (\" \",\" \",2, \" \",0, \" \",\" \",\" \","
-                      "\" \" ,\" \",\" \",\" \",0,0,0,0, 0,\" \");") +
-      "no such table: AudioTable]");
+                      "\" \" ,\" \",\" \",\" \",0,0,0,0, 0,\" \");\n\texec failed [1]\n\t"
+                      "errmsg : [no such table: AudioTable]"));
 }
 
 TEST_F(MediaTables, LogTheStatementOfAFilmThatWasNotWritten) {
