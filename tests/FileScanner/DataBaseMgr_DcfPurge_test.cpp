@@ -495,6 +495,15 @@ TYPED_TEST(ObjectTablePurge, RemovesFilesThatAreNotSharedGoneOrOfAnotherSize) {
   EXPECT_THAT(this->Log(), Not(Contains(HasSubstr("a.JPG] size different!"))));
 }
 
+TYPED_TEST(ObjectTablePurge, ChecksItemsOfEveryClassButDirectories) {
+  this->Container(2, "1", this->card.MakeDir("100CAMRA"));
+  for (const int mediaClass : {1, 2, 3, 4, -1})
+    this->Object(10 + mediaClass, "2", mediaClass, this->Path("gone"), "5", 1000001);
+  this->RunRoot();
+  EXPECT_THAT(this->Ids(), ElementsAre("1", "2"));
+  EXPECT_TRUE(FakePlatform::Get().Logged(this->Named(" ", "Object Table nRows2 = 5, nCols2 = 4")));
+}
+
 TYPED_TEST(ObjectTablePurge, IgnoresTheOtherList) {
   this->Object(3, "2", 1, this->card.Write("a.JPG", "1"), "1", 1000001);
   FakePlatform::Get().sharedFiles = {{"/mnt/mmc/DCIM/100CAMRA/DSC_0001.JPG"}};

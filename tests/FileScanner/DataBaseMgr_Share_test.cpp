@@ -196,6 +196,16 @@ TEST_F(UpdateShareStatus, ChangesNothingInTheModeWithoutMediaTables) {
   EXPECT_THAT(FakePlatform::Get().log, IsEmpty());
 }
 
+TEST_F(UpdateShareStatus, WorksInEveryOtherMode) {
+  for (const int mode : {-1, 0, 1, 2, 3, 6, 7, 9}) {
+    SCOPED_TRACE(mode);
+    EXPECT_EQ(Update({"/card/b.JPG"}, mode), 1);
+    EXPECT_THAT(Shared(), ElementsAre("b.JPG"));
+    EXPECT_EQ(Update({"/card/f.MP4"}, mode), 1);
+    EXPECT_THAT(Shared(), ElementsAre("f.MP4"));
+  }
+}
+
 TEST_F(UpdateShareStatus, SharesEverythingForANullList) {
   EXPECT_EQ(database->UpdateShareStatus(nullptr, 0), 1);
   EXPECT_THAT(Shared(), ElementsAre("a.JPG", "b.JPG", "c.MPO", "z.jpg", "e.MP4", "f.MP4"));

@@ -435,6 +435,23 @@ TEST_P(CardScanTest, AddedFilesAreReportedOnStandardOutputInTheIncrementalMode) 
   Scan();
   EXPECT_EQ(Contains(output_, AddedText(3, 3) + "\n"), mode().incremental) << output_;
   EXPECT_EQ(Contains(output_, "files to the DB"), mode().incremental);
+  Scan();
+  EXPECT_EQ(Contains(output_, AddedText(0, 3) + "\n"), mode().incremental) << output_;
+}
+
+TEST_P(CardScanTest, ListIsReadBeforeTheTransactionThatHoldsThePurgeAndTheWalk) {
+  Share(ThreePictures());
+  static Lines openAt;  // the timing lines that were written inside a transaction
+  openAt.clear();
+  onLogLine = [](const LogLine& line) {
+    if (line.tag == "DLNA_TIME" && DataBaseMgr::ppDataBase != nullptr &&
+        sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0)
+      openAt.push_back(Described(line));
+  };
+  Scan();
+  ASSERT_FALSE(openAt.empty());
+  EXPECT_EQ(openAt.front(), Timing(">> Delete Time!! start"));
+  EXPECT_EQ(openAt.back(), Timing(mode().scanLabel + std::string("stop")));
 }
 
 TEST_P(CardScanTest, RootKeepsItsRowWhenTheWorkerIsCalledAgain) {
