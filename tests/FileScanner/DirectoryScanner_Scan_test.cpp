@@ -438,7 +438,7 @@ TEST_F(ScanTest, ADirectoryThatBecameAFileLeavesNoRowsBelowIt) {
 TEST_F(ScanTest, LogsOneFailureForTheContainerRowOfEachNewDirectory) {
   Write("one/a.jpg", MakeJpeg());
   Write("two/b.jpg", MakeJpeg());
-  const auto errors = [this] {
+  const auto errors = [] {
     int count = 0;
     for (const LogLine& line : platform().log)
       if (line.priority == 6) {
