@@ -241,6 +241,18 @@ TEST_P(ExifReader, DoesNotTakeTheHeaderForADirectory) {
   EXPECT_EQ(Read(Picture(tiff.Build())).description, "(null)");
 }
 
+TEST_P(ExifReader, TakesADirectoryInsideTheHeader) {
+  // In Intel order the offset 4, read as a directory at 4, announces four entries from 6 on; in
+  // Motorola order at 6, the offset 6 announces six from 8 on.
+  const bool big = GetParam() == TiffOrder::kBig;
+  const uint32_t offset = big ? 6 : 4;
+  std::string tiff = (big ? std::string("MM\0*", 4) : std::string("II*\0", 4)) +
+                     Bytes32(offset, GetParam()) + (big ? "" : std::string(10, '\0'));
+  tiff += Bytes16(270, GetParam()) + Bytes16(2, GetParam()) + Bytes32(4, GetParam()) +
+          std::string("abc\0", 4) + std::string(80, '\0');
+  EXPECT_EQ(Read(Picture(tiff)).description, "abc");
+}
+
 // ---- Tags ----
 
 TEST_P(ExifReader, TakesTheTagsOfTheMainDirectory) {
@@ -480,6 +492,8 @@ TEST_P(ExifReader, FindsNoThumbnailSizePastTheThumbnailLength) {
   const std::string main = Picture(Tiff().Long(513, 3).Long(514, 20).Build());
   const std::string inner = StartOfImage() + JfifSegment() + FrameHeader(160, 120) + EndOfImage();
   EXPECT_EQ(Read(main + inner).thumbWidth, 0);  // the JFIF segment ends at 22
+  const std::string nearly = Picture(Tiff().Long(513, 3).Long(514, 21).Build());
+  EXPECT_EQ(Read(nearly + inner).thumbWidth, 0);
   const std::string longer = Picture(Tiff().Long(513, 3).Long(514, 22).Build());
   EXPECT_EQ(Read(longer + inner).thumbWidth, 160);
 }

@@ -30,6 +30,8 @@ TEST(FileTypeBox, TellsTheContainerByTheMajorBrand) {
   EXPECT_EQ(ContainerOf("3gp6", "isom"), 6);
   EXPECT_EQ(ContainerOf("mp41", "isom"), 1);
   EXPECT_EQ(ContainerOf("m4a ", "isom"), 1);
+  EXPECT_EQ(ContainerOf("mp4\xFF", "isom"), 1);  // three letters are enough
+  EXPECT_EQ(ContainerOf("m4ab", "isom"), 1);
 }
 
 TEST(FileTypeBox, IgnoresTheCaseOfTheMajorBrand) {

@@ -244,6 +244,12 @@ TEST(ORXUStringWide, ConcateAppends) {
   EXPECT_EQ(UnitsOf(to.get()), (Units{'x', 'a', 'b', 'c', 'a'}));
 }
 
+TEST(ORXUStringWide, ConcateEndsTheTextWhateverStoodThere) {
+  unsigned short to[] = {'x', 0, 9, 9, 9, 9};
+  ORXUString::Concate(to, Wide(kAbc).get(), 2);
+  EXPECT_EQ(Units(to, to + 6), (Units{'x', 'a', 'b', 0, 9, 9}));
+}
+
 TEST(ORXUStringWide, ConcateWithACountStopsAtTheTerminator) {
   const auto to = std::make_unique<unsigned short[]>(4);
   ORXUString::Concate(to.get(), Wide(kAbc).get(), 100);
