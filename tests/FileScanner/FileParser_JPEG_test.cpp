@@ -210,7 +210,7 @@ TEST_F(FileParserJpeg, AsksThePlatformForTheScreennail) {
   platform_.screennailResult = 1;
   platform_.screennailWidth = 1920;
   platform_.screennailHeight = 1080;
-  platform_.screennailOffset = 0x12345;
+  platform_.screennailOffset = 0xABCDE;
   platform_.screennailLength = 54321;
   const std::string path = directory_.Write("a.jpg", MakeJpeg());
   const ImagePtr record = Extract(path);
@@ -218,12 +218,12 @@ TEST_F(FileParserJpeg, AsksThePlatformForTheScreennail) {
   EXPECT_EQ(platform_.screennailPaths, std::vector<std::string>{path});
   EXPECT_EQ(record->GetScreennailWidth(), 1920);
   EXPECT_EQ(record->GetScreennailHeight(), 1080);
-  EXPECT_EQ(record->GetScreennailOffset(), 0x12345);
+  EXPECT_EQ(record->GetScreennailOffset(), 0xABCDE);
   EXPECT_EQ(record->GetScreennailLength(), 54321);
   const std::vector<std::string> expected = {
       "[FileParser_JPEG::__ExtractMetadata] Parsing [" + path + "]",
       "input => strFileName = " + path + " ",
-      "output retVal = 1, nScreenWidth = 1920, nScreenHeight = 1080, nScreenOffset = 0x12345, "
+      "output retVal = 1, nScreenWidth = 1920, nScreenHeight = 1080, nScreenOffset = 0xabcde, "
       "nScreenLen = 54321 ",
       "[" + path + "] Parse Success"};
   EXPECT_EQ(platform_.Messages(), expected);

@@ -220,6 +220,7 @@ TEST_F(FileLog, DumpsOffsetsOfMoreThanFourDigits) {
   const std::string end = "10000| 7A : z               \n\n";
   const std::string written = Written();
   EXPECT_EQ(written.substr(written.size() - end.size()), end);
+  EXPECT_NE(written.find("\nABC0| 7A : zzzzzzzzzzzzzzzz\n"), std::string::npos);
 }
 
 TEST_F(FileLog, DumpsOnlyTheHeadOfNothing) {

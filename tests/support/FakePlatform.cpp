@@ -34,6 +34,13 @@ bool SizeOnDisk(const char* path, long long* size) {
   return true;
 }
 
+// The answer of a call that fails half way: what it left in the record is nobody's attributes.
+template <typename Attributes>
+int FailTo(Attributes* out) {
+  memset(out, 'Z', sizeof *out);
+  return 0;
+}
+
 }  // namespace
 
 FakePlatform& FakePlatform::Get() {
@@ -117,7 +124,7 @@ int QUILWifi_getFileType(char* uri) {
 int QUILWifi_getFileAttribute(char* path, sFileAttribute* out) {
   FakePlatform& platform = FakePlatform::Get();
   platform.attributePaths.emplace_back(path);
-  if (!platform.fileAttributeSucceeds && !platform.attributesFromDisk) return 0;
+  if (!platform.fileAttributeSucceeds && !platform.attributesFromDisk) return orx_test::FailTo(out);
   *out = platform.fileAttribute;
   if (platform.attributesFromDisk) return orx_test::SizeOnDisk(path, &out->nFileSize) ? 1 : 0;
   return 1;
@@ -126,7 +133,8 @@ int QUILWifi_getFileAttribute(char* path, sFileAttribute* out) {
 int QUILWifi_getVideoAttribute(char* path, sVideoAttribute* out) {
   FakePlatform& platform = FakePlatform::Get();
   platform.videoPaths.emplace_back(path);
-  if (!platform.videoAttributeSucceeds && !platform.attributesFromDisk) return 0;
+  if (!platform.videoAttributeSucceeds && !platform.attributesFromDisk)
+    return orx_test::FailTo(out);
   *out = platform.videoAttribute;
   if (platform.attributesFromDisk) return orx_test::SizeOnDisk(path, &out->nFileSize) ? 1 : 0;
   return 1;
