@@ -94,12 +94,19 @@ int ORXFSHandler::Read(PTFile* entry) {
   }
   CopyBounded(entry->name, sizeof entry->name, found->d_name);
 
-  char full[sizeof path_ + sizeof entry->name + 1];
-  snprintf(full, sizeof full, "%s/%s", path_, entry->name);
   struct stat64 status = {};
-  if (stat64(full, &status) != 0) {
-    orx::NoteSystemError("stat", full, errno);
-    return 1;
+  // Below the open directory, which spares the system the way down to it.  Where the stored path
+  // had to be cut, the cut path counts.
+  const bool cut = strlen(path_) + 1 == sizeof path_;
+  if (cut || fstatat64(dirfd(directory_), entry->name, &status, 0) != 0) {
+    int error = errno;
+    char full[sizeof path_ + sizeof entry->name + 1];
+    snprintf(full, sizeof full, "%s/%s", path_, entry->name);
+    if (cut) error = stat64(full, &status) == 0 ? 0 : errno;
+    if (error != 0) {
+      orx::NoteSystemError("stat", full, error);
+      return 1;
+    }
   }
   entry->type = S_ISDIR(status.st_mode) ? 0 : 1;
   entry->size = static_cast<uint32_t>(status.st_size);
