@@ -1,5 +1,8 @@
 #include "OSAL/UniqueValueGenerator.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
@@ -18,13 +21,36 @@ constexpr char kThumbnail[] = "/orxthumb";
 constexpr char kScreennail[] = "/orxscreen";
 constexpr char kVideoThumbnail[] = "/orxthumbvideo";
 
-// Whole seconds of processor time, in milliseconds.  Not from clock(), whose microseconds wrap
-// after 36 minutes where `long` has 32 bits; the milliseconds start again at 0 before they would.
+constexpr int64_t kNanoseconds = 1000000000;  // in a second
+constexpr int64_t kClockTolerance = 64;       // the clocks differ by less than a 64th
+
+int64_t Now(clockid_t clock) {
+  timespec now = {};
+  clock_gettime(clock, &now);
+  return now.tv_sec * kNanoseconds + now.tv_nsec;
+}
+
+// Whole seconds of processor time.  Asking for it is a system call, three for every picture; the
+// time of day is not.  Processors together use up their time no faster than it passes for each, so
+// until then the second that was read is still running.
+int64_t ProcessorSeconds() {
+  static const int64_t processors = std::max(sysconf(_SC_NPROCESSORS_CONF), 1L);
+  static thread_local int64_t seconds = 0, readAgain = 0;
+  const int64_t now = Now(CLOCK_MONOTONIC);
+  if (now >= readAgain) {
+    const int64_t used = Now(CLOCK_PROCESS_CPUTIME_ID);
+    seconds = used / kNanoseconds;
+    const int64_t left = kNanoseconds - used % kNanoseconds;
+    readAgain = now + left / processors - left / processors / kClockTolerance;
+  }
+  return seconds;
+}
+
+// In milliseconds.  Not from clock(), whose microseconds wrap after 36 minutes where `long` has 32
+// bits; the milliseconds start again at 0 before they would.
 long CoarseTime() {
-  constexpr long long kSecondsInLong = std::numeric_limits<int32_t>::max() / 1000;
-  timespec used = {};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
-  return static_cast<long>(used.tv_sec % kSecondsInLong) * 1000;
+  constexpr int64_t kSecondsInLong = std::numeric_limits<int32_t>::max() / 1000;
+  return static_cast<long>(ProcessorSeconds() % kSecondsInLong) * 1000;
 }
 
 const char* OrDefault(const char* text, const char* fallback) {
