@@ -26,7 +26,7 @@ constexpr size_t kReadSize = 16 * 1024;
 constexpr char kCreate[] =
     "create table if not exists Objects (id INTEGER PRIMARY KEY, class INTEGER, date VARCHAR,"
     " parent INTEGER, path VARCHAR, valid INTEGER, backup INTEGER, isBackup INTEGER);"
-    "create table if not exists Media (id INTEGER PRIMARY KEY, title VARCHAR, class INTEGER,"
+    "create table if not exists Media (id VARCHAR(16) PRIMARY KEY, title VARCHAR, class INTEGER,"
     " date VARCHAR, size INTEGER, path VARCHAR, mime VARCHAR, profile VARCHAR, height INTEGER,"
     " width INTEGER, thumbOffset INTEGER, thumbLength INTEGER, thumbHeight INTEGER,"
     " thumbWidth INTEGER, description VARCHAR, uri VARCHAR, thumbUri VARCHAR,"

@@ -285,14 +285,14 @@ int DataBaseMgr::Run(const orx::SqlStatement& statement) {
 }
 
 int DataBaseMgr::RunCompiled(const orx::SqlStatement& statement) {
-  std::string sql;
   std::string reason;
-  if (ppDataBase == nullptr || !statement.Compilable(&sql, &reason)) {
+  if (ppDataBase == nullptr || !statement.Accepted(&reason)) {
     LogRefusedStatement(statement.Printed(), reason);
     return 0;
   }
   int code = SQLITE_OK;
-  if (sqlite3_stmt* compiled = statements_->Get(ppDataBase, sql, &code); compiled != nullptr) {
+  if (sqlite3_stmt* compiled = statements_->Get(ppDataBase, statement, &code);
+      compiled != nullptr) {
     const orx::StatementUse use(compiled);
     if (statement.BindTo(compiled)) {
       do {
@@ -340,10 +340,9 @@ int DataBaseMgr::Query(const orx::SqlStatement& statement) {
 
 int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement) {
   orx::ClearResult(Result(), ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
-  std::string sql;
   std::string reason;
-  if (ppDataBase == nullptr || !statement.Compilable(&sql, &reason)) return 0;
-  sqlite3_stmt* compiled = statements_->Get(ppDataBase, sql, &nLastResult);
+  if (ppDataBase == nullptr || !statement.Accepted(&reason)) return 0;
+  sqlite3_stmt* compiled = statements_->Get(ppDataBase, statement, &nLastResult);
   if (compiled == nullptr) return 0;
 
   const orx::StatementUse use(compiled);

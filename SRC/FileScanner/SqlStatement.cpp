@@ -100,17 +100,15 @@ SqlStatement& SqlStatement::Name(const char* value) { return AddText(Kind::kName
 // none; such quotes are part of no stretch.
 template <typename Visitor>
 void SqlStatement::VisitPattern(Visitor&& visit) const {
-  size_t next = 0;
   const char* literal = pattern_;
-  for (const char* p = pattern_; *p != '\0';) {
-    if (*p != '%' || next >= values_.size()) {
-      ++p;
-      continue;
-    }
+  const char* p = pattern_;
+  for (const Value& value : values_) {
+    p = strchr(p, '%');
+    if (p == nullptr) break;
     const size_t length = ConversionLength(p);
     const char before = p > pattern_ ? p[-1] : '\0';
     const bool quoted = (before == '"' || before == '\'') && p[length] == before;
-    visit(literal, static_cast<size_t>(p - literal) - (quoted ? 1 : 0), &values_[next++],
+    visit(literal, static_cast<size_t>(p - literal) - (quoted ? 1 : 0), &value,
           quoted ? before : '\0');
     p += length + (quoted ? 1 : 0);
     literal = p;
@@ -134,41 +132,51 @@ std::string SqlStatement::Printed() const {
   return text;
 }
 
-bool SqlStatement::Compilable(std::string* sql, std::string* reason) const {
+bool SqlStatement::HasNames() const {
+  return std::any_of(values_.begin(), values_.end(),
+                     [](const Value& value) { return value.kind == Kind::kName; });
+}
+
+bool SqlStatement::Accepted(std::string* reason) const {
   if (incomplete_) throw std::bad_alloc();
-  sql->clear();
   reason->clear();
-  sql->reserve(strlen(pattern_));
-  VisitPattern(
-      [this, sql, reason](const char* literal, size_t length, const Value* value, char quote) {
-        sql->append(literal, length);
-        if (value == nullptr) return;
-        switch (value->kind) {
-          case Kind::kText:
-            if (TextOf(*value).find(quote) != std::string_view::npos)
-              *reason = "a value holds its own quote";
-            break;
-          case Kind::kId:
-            if (!IsDecimalNumber(TextOf(*value))) *reason = "an id is not a decimal number";
-            break;
-          case Kind::kName:
-            if (!IsPlainIdentifier(TextOf(*value).data()))
-              *reason = "a name is not a plain identifier";
-            break;
-          case Kind::kMissing:
-            *reason = "a value is missing";
-            break;
-          case Kind::kInt:
-          case Kind::kReal:
-            break;
-        }
-        if (value->kind == Kind::kName) {
-          sql->append(TextOf(*value));
-        } else {
-          *sql += '?';
-        }
-      });
+  VisitPattern([this, reason](const char*, size_t, const Value* value, char quote) {
+    if (value == nullptr) return;
+    switch (value->kind) {
+      case Kind::kText:
+        if (TextOf(*value).find(quote) != std::string_view::npos)
+          *reason = "a value holds its own quote";
+        break;
+      case Kind::kId:
+        if (!IsDecimalNumber(TextOf(*value))) *reason = "an id is not a decimal number";
+        break;
+      case Kind::kName:
+        if (!IsPlainIdentifier(TextOf(*value).data())) *reason = "a name is not a plain identifier";
+        break;
+      case Kind::kMissing:
+        *reason = "a value is missing";
+        break;
+      case Kind::kInt:
+      case Kind::kReal:
+        break;
+    }
+  });
   return reason->empty();
+}
+
+std::string SqlStatement::CompiledText() const {
+  std::string sql;
+  sql.reserve(strlen(pattern_));
+  VisitPattern([this, &sql](const char* literal, size_t length, const Value* value, char) {
+    sql.append(literal, length);
+    if (value == nullptr) return;
+    if (value->kind == Kind::kName) {
+      sql.append(TextOf(*value));
+    } else {
+      sql += '?';
+    }
+  });
+  return sql;
 }
 
 bool SqlStatement::BindTo(sqlite3_stmt* compiled) const {
@@ -204,6 +212,19 @@ bool SqlStatement::BindTo(sqlite3_stmt* compiled) const {
   return true;
 }
 
+sqlite3_stmt* StatementCache::Get(sqlite3* connection, const SqlStatement& statement, int* code) {
+  if (connection != connection_) Clear();
+  const bool byPattern = !statement.HasNames();
+  if (const auto known = ofPattern_.find(statement.pattern_);
+      byPattern && known != ofPattern_.end()) {
+    *code = SQLITE_OK;
+    return known->second;
+  }
+  sqlite3_stmt* compiled = Get(connection, statement.CompiledText(), code);
+  if (byPattern && compiled != nullptr) ofPattern_.emplace(statement.pattern_, compiled);
+  return compiled;
+}
+
 sqlite3_stmt* StatementCache::Get(sqlite3* connection, const std::string& sql, int* code) {
   if (connection != connection_) Clear();
   connection_ = connection;
@@ -227,6 +248,7 @@ sqlite3_stmt* StatementCache::Get(sqlite3* connection, const std::string& sql, i
 void StatementCache::Clear() {
   for (const auto& entry : compiled_) sqlite3_finalize(entry.second);
   compiled_.clear();
+  ofPattern_.clear();
   connection_ = nullptr;
 }
 

@@ -34,10 +34,12 @@ class SqlStatement {
 
   // The statement as printed, for the log.
   std::string Printed() const;
-  // The statement to compile, with "?" for every value but the names.  False, and `reason` set,
-  // when the statement is refused.  A statement that memory ran out for throws std::bad_alloc.
-  bool Compilable(std::string* sql, std::string* reason) const;
-  // Binds the values to a statement compiled from Compilable's text.
+  // Whether its values are such that the statement may run; if not, `reason` says why.  Throws when
+  // memory ran out in its making.
+  bool Accepted(std::string* reason) const;
+  // The text to compile, with "?" for every value but the names.
+  std::string CompiledText() const;
+  // Binds the values to a statement compiled from CompiledText.
   bool BindTo(sqlite3_stmt* compiled) const;
 
  private:
@@ -51,6 +53,8 @@ class SqlStatement {
   std::string_view TextOf(const Value& value) const {
     return std::string_view(texts_).substr(value.start, value.length);
   }
+  friend class StatementCache;
+  bool HasNames() const;
   template <typename Visitor>
   void VisitPattern(Visitor&& visit) const;
   SqlStatement& AddText(Kind kind, const char* value);  // null is a missing value
@@ -71,8 +75,9 @@ class StatementCache {
   StatementCache(const StatementCache&) = delete;
   StatementCache& operator=(const StatementCache&) = delete;
 
-  // The compiled form of `sql`, reset and without values; null, with SQLite's code in `code`, when
-  // it does not compile.  Owned by the cache, valid until Clear.
+  // The compiled form of the statement or of `sql`, reset and without values; null, with SQLite's
+  // code in `code`, when it does not compile.  Owned by the cache, valid until Clear.
+  sqlite3_stmt* Get(sqlite3* connection, const SqlStatement& statement, int* code);
   sqlite3_stmt* Get(sqlite3* connection, const std::string& sql, int* code);
   // Must come before the connection is closed.
   void Clear();
@@ -80,6 +85,8 @@ class StatementCache {
  private:
   sqlite3* connection_ = nullptr;
   std::unordered_map<std::string, sqlite3_stmt*> compiled_;
+  // Also by the pattern, where nothing but the pattern makes the text.
+  std::unordered_map<const char*, sqlite3_stmt*> ofPattern_;
 };
 
 // Resets a statement, and with it releases its locks and values, at the end of its use.

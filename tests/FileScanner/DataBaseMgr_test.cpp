@@ -404,6 +404,30 @@ TEST_F(DataBaseMgrTest, MakesTheRemainingTablesWhenOneIsThere) {
   EXPECT_EQ(failures, 1);
 }
 
+TEST_F(DataBaseMgrTest, LeavesATransactionThatIsOpenToItsOwner) {
+  ASSERT_EQ(manager()->CreateDB(directory_.Path("media.db").c_str()), 1);
+  manager()->ExecSqlStatmentNoValueReturn("begin");
+  FakePlatform::Get().log.clear();
+  manager()->CreateTables();
+  for (const auto& line : FakePlatform::Get().log) EXPECT_EQ(line.priority, 4) << line.message;
+  manager()->ExecSqlStatment("select count(*) from sqlite_master where type = 'table'");
+  EXPECT_EQ(DataBaseMgr::vdata, std::vector<std::string>{"5"});
+  EXPECT_EQ(manager()->ExecSqlStatmentNoValueReturn("rollback"), 1);
+  EXPECT_EQ(Tables().size(), 0u);
+}
+
+TEST_F(DataBaseMgrTest, LogsEveryStatementThatFailsWhenNoneCanBeRun) {
+  const std::string path = directory_.Path("media.db");
+  ASSERT_EQ(manager()->CreateDB(path.c_str()), 1);
+  manager()->ExecSqlStatmentNoValueReturn("create table Other (a)");
+  manager()->ExecSqlStatmentNoValueReturn("pragma query_only = 1");
+  FakePlatform::Get().log.clear();
+  manager()->CreateTables();
+  int failures = 0;
+  for (const auto& line : FakePlatform::Get().log) failures += line.priority == 6 ? 1 : 0;
+  EXPECT_EQ(failures, 5);
+}
+
 TEST_F(DataBaseMgrTest, AddsNothingToTablesThatAreThere) {
   ASSERT_EQ(manager()->CreateDB(directory_.Path("media.db").c_str()), 1);
   manager()->ExecSqlStatmentNoValueReturn(kObjectSql);

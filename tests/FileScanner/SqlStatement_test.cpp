@@ -34,10 +34,10 @@ class SqlStatementTest : public testing::Test {
 
   // SQLITE_DONE, or the code of the failure; -1 for a refused statement.
   int Run(const SqlStatement& statement) {
-    std::string sql, reason;
-    if (!statement.Compilable(&sql, &reason)) return -1;
+    std::string reason;
+    if (!statement.Accepted(&reason)) return -1;
     int code = SQLITE_OK;
-    sqlite3_stmt* compiled = cache_.Get(connection_, sql, &code);
+    sqlite3_stmt* compiled = cache_.Get(connection_, statement, &code);
     if (compiled == nullptr) return code;
     const StatementUse use(compiled);
     EXPECT_TRUE(statement.BindTo(compiled));
@@ -88,8 +88,8 @@ class SqlStatementTest : public testing::Test {
 
   // Empty when the statement is not refused.
   static std::string Refusal(const SqlStatement& statement) {
-    std::string sql, reason;
-    const bool accepted = statement.Compilable(&sql, &reason);
+    std::string reason;
+    const bool accepted = statement.Accepted(&reason);
     EXPECT_EQ(accepted, reason.empty());
     return reason;
   }
@@ -313,17 +313,31 @@ TEST_F(SqlStatementTest, TakesOnlyPlainIdentifiersForNames) {
 }
 
 TEST_F(SqlStatementTest, PutsNamesIntoTheTextThatIsCompiledAndBindsTheRest) {
-  std::string sql, reason;
-  ASSERT_TRUE(SqlStatement("select %s from T where name = \"%s\" and number = '%d' and id=%s")
-                  .Name("number")
-                  .Text("?")
-                  .Int(4)
-                  .Id("5")
-                  .Compilable(&sql, &reason));
-  EXPECT_EQ(sql, "select number from T where name = ? and number = ? and id=?");
+  EXPECT_EQ(SqlStatement("select %s from T where name = \"%s\" and number = '%d' and id=%s")
+                .Name("number")
+                .Text("?")
+                .Int(4)
+                .Id("5")
+                .CompiledText(),
+            "select number from T where name = ? and number = ? and id=?");
 }
 
 // ---- the compiled statements ----
+
+TEST_F(SqlStatementTest, CompilesAPatternOnceForAllItsValuesButForEveryName) {
+  static constexpr char kById[] = "select * from T where id=%s";
+  static constexpr char kColumn[] = "select %s from T";
+  int code = SQLITE_ERROR;
+  sqlite3_stmt* byId = cache_.Get(connection_, SqlStatement(kById).Id("1"), &code);
+  EXPECT_EQ(code, SQLITE_OK);
+  EXPECT_STREQ(sqlite3_sql(byId), "select * from T where id=?");
+  EXPECT_EQ(cache_.Get(connection_, SqlStatement(kById).Id("2"), &code), byId);
+  sqlite3_stmt* name = cache_.Get(connection_, SqlStatement(kColumn).Name("name"), &code);
+  EXPECT_STREQ(sqlite3_sql(name), "select name from T");
+  sqlite3_stmt* number = cache_.Get(connection_, SqlStatement(kColumn).Name("number"), &code);
+  EXPECT_STREQ(sqlite3_sql(number), "select number from T");
+  EXPECT_EQ(cache_.Get(connection_, SqlStatement(kColumn).Name("name"), &code), name);
+}
 
 TEST_F(SqlStatementTest, CompilesAStatementOnce) {
   int code = -1;
