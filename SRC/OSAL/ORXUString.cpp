@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 
@@ -20,8 +21,11 @@ char* ORXUString::LocateStr(const char* text, const char* part) {
 
 char* ORXUString::LocateiStr(const char* text, const char* part) {
   const size_t length = strlen(part);
+  const int first = tolower(static_cast<unsigned char>(*part));
   for (const char* p = text;; ++p) {
-    if (strncasecmp(p, part, length) == 0) return const_cast<char*>(p);
+    // Most places differ in their first letter.
+    const bool may = length == 0 || tolower(static_cast<unsigned char>(*p)) == first;
+    if (may && strncasecmp(p, part, length) == 0) return const_cast<char*>(p);
     if (*p == '\0') return nullptr;
   }
 }
