@@ -9,7 +9,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "MediaReaders/byte_cursor.h"
 #include "MediaReaders/jpeg_segments.h"
@@ -254,12 +253,11 @@ bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data) {
 
 bool ReadPictureUnguarded(st_UPNP_FILE* file, ExifData* data) {
   if (!ReadFileStatus(file, data) || data->FileSize == 0) return false;
-  std::vector<uint8_t> block;
+  orx::ExifBlock block;
   const bool hasExif =
       orx::ReadExifBlock(file, &block);  // first: it stands before the frame header
   orx::ReadFrameSize(file, 0, data->FileSize, &data->Width, &data->Height);
-  if (!hasExif || !ReadTiffBlock(block.data(), static_cast<unsigned>(block.size()), data))
-    return false;
+  if (!hasExif || !ReadTiffBlock(block.bytes.get(), block.length, data)) return false;
   NormaliseDate(data);
   return true;
 }

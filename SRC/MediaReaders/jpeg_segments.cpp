@@ -1,5 +1,6 @@
 #include "MediaReaders/jpeg_segments.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -100,7 +101,7 @@ bool ReadFrameHeader(st_UPNP_FILE* file, int* width, int* height) {
 
 }  // namespace
 
-bool ReadExifBlock(st_UPNP_FILE* file, std::vector<uint8_t>* block) {
+bool ReadExifBlock(st_UPNP_FILE* file, ExifBlock* block) {
   SegmentHead head = {};
   if (upnp_file_seek(file, 0, SEEK_SET) != 0 || !ReadStartOfImage(file) ||
       !ReadSegmentHead(file, &head))
@@ -108,8 +109,11 @@ bool ReadExifBlock(st_UPNP_FILE* file, std::vector<uint8_t>* block) {
   if ((head.marker == kApp0 || head.marker == kComment) && !PassSegment(file, &head)) return false;
   if (head.marker == kApp13 && !PassSegment(file, &head)) return false;
   if (!IsExifSegment(head) || head.length < kShortestExifSegment) return false;
-  block->assign(head.length, 0);
-  upnp_file_read(file, block->data(), static_cast<int>(head.length));
+  block->bytes.reset(new uint8_t[head.length]);  // not zeroed: nearly always all of it is read
+  block->length = head.length;
+  const int count =
+      std::max(0, upnp_file_read(file, block->bytes.get(), static_cast<int>(head.length)));
+  memset(block->bytes.get() + count, 0, head.length - static_cast<unsigned>(count));
   return true;
 }
 

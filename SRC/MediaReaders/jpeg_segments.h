@@ -2,16 +2,21 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "UpnpUtil/upnp_file.h"
 
 namespace orx {
 
+struct ExifBlock {
+  std::unique_ptr<uint8_t[]> bytes;
+  unsigned length = 0;
+};
+
 // Reads the TIFF block of the file's EXIF segment, which may stand behind one APP0 or COM segment
 // and one APP13 segment.  The block is as long as the segment says, its last bytes belong to what
 // follows the segment, and it is zero where the file ends earlier.  False when there is none.
-bool ReadExifBlock(st_UPNP_FILE* file, std::vector<uint8_t>* block);
+bool ReadExifBlock(st_UPNP_FILE* file, ExifBlock* block);
 
 // Finds the size in pixels of the JPEG at position `start`.  False, and nothing is stored, when
 // no frame header is found before position `limit`.

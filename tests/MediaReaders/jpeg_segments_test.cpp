@@ -44,9 +44,9 @@ class JpegSegments : public testing::Test {
   // The block that is found; "none" when there is none.
   std::string Exif(const std::string& content) const {
     const FilePtr file = Open(content);
-    std::vector<uint8_t> block;
+    orx::ExifBlock block;
     if (!orx::ReadExifBlock(file.get(), &block)) return "none";
-    return {block.begin(), block.end()};
+    return {block.bytes.get(), block.bytes.get() + block.length};
   }
 
   TempDir directory_;
