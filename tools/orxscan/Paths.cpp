@@ -77,7 +77,7 @@ std::string CheckedFile(const std::string& path) {
 }
 
 std::string ReadProfiles(const std::string& path) {
-  const std::string text = ReadText(path, kLargestProfileList, "list of profiles");
+  std::string text = ReadText(path, kLargestProfileList, "list of profiles");
   if (text.find_first_not_of(" \t\r\n") == std::string::npos)
     throw Failure("{} holds no profiles", Quoted(path));
   return text;

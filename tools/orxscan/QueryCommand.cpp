@@ -124,9 +124,7 @@ int Query(const Options& options) {
     }
     throw Failure("database {}: {}", database.name(), sqlite3_errstr(reader.manager.nLastResult));
   }
-  std::vector<std::string> names;
-  for (int i = 0; i < sqlite3_column_count(checked.get()); ++i)
-    names.emplace_back(sqlite3_column_name(checked.get(), i));
+  const std::vector<std::string> names = ColumnNames(checked.get());
   const Rows rows = RowsOf(reader.manager);
   if (options.json) {
     PrintJson({{"columns", names}, {"rows", rows}});

@@ -23,16 +23,9 @@ std::string SelectRows(const std::string& table, long long limit) {
   return "SELECT * FROM " + QuotedIdentifier(table) + " LIMIT " + std::to_string(limit);
 }
 
-std::vector<std::string> Names(const Statement& rows) {
-  std::vector<std::string> names;
-  for (int i = 0; i < sqlite3_column_count(rows.get()); ++i)
-    names.emplace_back(sqlite3_column_name(rows.get(), i));
-  return names;
-}
-
 std::vector<std::string> Cells(const Statement& row) {
-  std::vector<std::string> cells;
-  for (int i = 0; i < sqlite3_column_count(row.get()); ++i) cells.push_back(CellText(row.get(), i));
+  std::vector<std::string> cells(static_cast<size_t>(sqlite3_column_count(row.get())));
+  for (size_t i = 0; i < cells.size(); ++i) cells[i] = CellText(row.get(), static_cast<int>(i));
   return cells;
 }
 
@@ -58,7 +51,7 @@ void PrintTable(const DatabaseFile& database, const std::string& table, long lon
   }
   fmt::print("{}: {} {}\n", name, count, count == 1 ? "row" : "rows");
   const Statement rows = database.Select(SelectRows(table, limit));
-  TextTable text(Names(rows));
+  TextTable text(ColumnNames(rows.get()));
   while (database.Next(rows)) text.Measure(Cells(rows));
   sqlite3_reset(rows.get());
   text.PrintHead();
@@ -73,7 +66,7 @@ void PrintTableAsJson(const DatabaseFile& database, const std::string& table, lo
   };
   fmt::print("  {}: [", dump(table));
   const Statement rows = database.Select(SelectRows(table, limit));
-  const std::vector<std::string> names = Names(rows);
+  const std::vector<std::string> names = ColumnNames(rows.get());
   const char* separator = "\n";
   for (; database.Next(rows); separator = ",\n") {
     Json row = Json::object();

@@ -47,6 +47,13 @@ std::string CellText(sqlite3_stmt* statement, int column) {
              : std::string(text, static_cast<size_t>(sqlite3_column_bytes(statement, column)));
 }
 
+std::vector<std::string> ColumnNames(sqlite3_stmt* statement) {
+  std::vector<std::string> names(static_cast<size_t>(sqlite3_column_count(statement)));
+  for (size_t i = 0; i < names.size(); ++i)
+    if (const char* name = sqlite3_column_name(statement, static_cast<int>(i))) names[i] = name;
+  return names;
+}
+
 std::string QuotedIdentifier(const std::string& identifier) {
   std::string quoted = "\"";
   for (const char c : identifier) quoted.append(c == '"' ? 2 : 1, c);

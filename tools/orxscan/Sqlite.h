@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace orxscan {
 
@@ -25,6 +26,8 @@ bool NextRow(sqlite3_stmt* statement, const std::string& name);  // false behind
 
 // The text of a cell, empty for NULL.
 std::string CellText(sqlite3_stmt* statement, int column);
+
+std::vector<std::string> ColumnNames(sqlite3_stmt* statement);
 
 // `identifier` in double quotes, fit to stand in a statement.
 std::string QuotedIdentifier(const std::string& identifier);

@@ -51,6 +51,7 @@ void TextTable::PrintHead() const {
 
 void TextTable::PrintRow(const std::vector<std::string>& cells) const {
   std::vector<std::string> printable;
+  printable.reserve(cells.size());
   for (const std::string& cell : cells) printable.push_back(Printable(cell));
   PrintLine(printable, false);
 }
