@@ -204,6 +204,7 @@ int DataBaseMgr::CreateDB(const char* fileName) {
 }
 
 void DataBaseMgr::CreateTables() try {
+  const Guard guard(this);
   const int mode = GetTandemixMode();
   ORX_LOG_INFO("[DataBaseMgr::CreateTables] DLNA Mode type - %d\n", mode);
   if (mode == orx::kObjectOnlyMode) return CreateAll(this, kObjectOnlyTables);

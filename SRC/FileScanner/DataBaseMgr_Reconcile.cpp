@@ -27,6 +27,7 @@ namespace {
 // A container of a walk, with its children and the next one to look at.
 struct OpenContainer {
   std::string path;
+  bool gone;  // its row is removed, so nothing in it may stay unless it is certainly there
   ResultRows children;
   int next = 0;
 };
@@ -36,8 +37,8 @@ class WayDown {
  public:
   bool empty() const { return open_.empty(); }
   OpenContainer& back() { return open_.back(); }
-  void Enter(std::string path, ResultRows children) {
-    open_.push_back({std::move(path), std::move(children), 0});
+  void Enter(std::string path, ResultRows children, bool gone = false) {
+    open_.push_back({std::move(path), gone, std::move(children), 0});
   }
   void Leave() { open_.pop_back(); }
   bool FirstVisit(const std::string& id) { return visited_.insert(id).second; }
@@ -53,11 +54,9 @@ std::string DirectoryPart(const std::string& path) {
   return slash == std::string::npos ? std::string() : path.substr(0, slash);
 }
 
-// Whether there is no such directory any more; one that the machine fails to open may be there.
-bool DirectoryIsGone(const char* path) {
-  const orx::FaultWatch watch;
+bool DirectoryOpens(const char* path) {
   ORXFSHandler files;
-  return files.OpenDir(path) == 0 && !watch.Seen();
+  return files.OpenDir(path) != 0;
 }
 
 }  // namespace
@@ -167,15 +166,20 @@ class DataBaseMgr::PurgeWalk {
  private:
   enum Column { kClass, kFullPath, kId };
 
+  // What cannot be checked, because the machine fails, is kept where it can be found again.
+  bool InGoneContainer() { return !way_.empty() && way_.back().gone; }
+
   // A directory that is gone loses its row; what hangs under the row is checked all the same.
   void Enter(const char* path) {
     const std::string id = database_.ContainerIdForPath(path);
     if (id.empty() || !way_.FirstVisit(id)) return;
-    if (DirectoryIsGone(path)) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
+    const orx::FaultWatch watch;
+    const bool gone = !DirectoryOpens(path) && (!watch.Seen() || InGoneContainer());
+    if (gone) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
     ResultRows children = database_.Fetch(
         SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
             .Text(id));
-    if (children.rows > 0) way_.Enter(path, std::move(children));
+    if (children.rows > 0) way_.Enter(path, std::move(children), gone);
   }
 
   void Check(int row) {
@@ -194,7 +198,7 @@ class DataBaseMgr::PurgeWalk {
     const orx::FaultWatch watch;
     const bool valid = files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) &&
                        DirectoryPart(path) == here.path;
-    if (!valid && !watch.Seen())  // what cannot be checked is kept
+    if (!valid && (!watch.Seen() || here.gone))
       database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
   }
 

@@ -1,0 +1,48 @@
+// Cards to scan, and what a database says about them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fuzz/support/QuietPlatform.h"
+#include "support/TempDir.h"
+
+namespace orx_test {
+
+// The programs run a short version of these tests, and all of it with ORXSCAN_SOAK set.
+bool IsSoak();
+
+// A folder of media and a database.  Each test has its own.
+class CardTest : public testing::Test {
+ protected:
+  CardTest();
+  ~CardTest() override;
+
+  std::string Write(const std::string& name, const std::string& content) const {
+    return temp_.Write("card/" + name, content);
+  }
+  std::string InCard(const std::string& name) const { return card_ + "/" + name; }
+  void WriteSmallCard() const;  // five media in three folders, and something else
+  // Takes a file and a folder away, changes a file and adds one.
+  void ChangeSmallCard() const;
+  int Scan() const;  // with a scanner of its own; the status
+
+  // The database, whose integrity is checked, in words that two databases of the same card have in
+  // common: the rows of all tables by path, each with its parent's path instead of its id and the
+  // kind of its resource names instead of the names.
+  std::vector<std::string> Contents() const;
+  std::string DatabaseBytes() const;  // empty when there is none
+  void RestoreDatabase(const std::string& bytes) const;
+
+  TempDir temp_;
+  std::string card_;
+  std::string db_;
+};
+
+// What one of the two has and the other has not, line by line.
+std::string Difference(const std::vector<std::string>& found,
+                       const std::vector<std::string>& expected);
+
+}  // namespace orx_test

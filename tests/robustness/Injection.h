@@ -1,0 +1,39 @@
+// Makes the machine under the library fail: the n-th of its calls, or that one and all behind it.
+//
+// This program links the library with its memory and file calls redirected to the functions of
+// Injection.cpp, gives SQLite memory and a file system of the same kind, and replaces operator new.
+#pragma once
+
+#include <string>
+
+namespace orx_test {
+
+enum class Layer {
+  kMemory,  // malloc and its kin, new, SQLite's memory
+  kFiles,   // open, read, fstat, stat, opendir, readdir
+  kDisk,    // what SQLite does with its files
+};
+
+enum class Behaviour {
+  kFailOnce,
+  kFailFromThere,
+  kKill,  // kill -9, in the middle of a write if it is one
+};
+
+class Injection {
+ public:
+  // From now on; `call` counts from 1.
+  static void Arm(Layer layer, long call, Behaviour behaviour, int error = 0);
+  static bool Disarm();  // whether it came to a failure
+  static long Calls();   // of the layer since Arm
+
+  // For the redirected calls: whether this one is to fail.
+  static bool Strikes(Layer layer);
+  static int Error();
+  static bool Kills();
+};
+
+// To be called before SQLite is used.
+void GiveSqliteAFaultyMachine();
+
+}  // namespace orx_test
