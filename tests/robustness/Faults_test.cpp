@@ -18,8 +18,8 @@ struct Fault {
 };
 
 const Fault kFaults[] = {
-    {"MemoryOnce", Layer::kMemory, Behaviour::kFailOnce, ENOMEM, 31},
-    {"NoMoreMemory", Layer::kMemory, Behaviour::kFailFromThere, ENOMEM, 67},
+    {"MemoryOnce", Layer::kMemory, Behaviour::kFailOnce, ENOMEM, 7},
+    {"NoMoreMemory", Layer::kMemory, Behaviour::kFailFromThere, ENOMEM, 13},
     {"FileOnce", Layer::kFiles, Behaviour::kFailOnce, EIO, 1},
     {"NoMoreDescriptors", Layer::kFiles, Behaviour::kFailFromThere, EMFILE, 1},
     {"NoMoreKernelMemory", Layer::kFiles, Behaviour::kFailFromThere, ENOMEM, 3},

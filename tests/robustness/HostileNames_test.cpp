@@ -1,0 +1,164 @@
+// Names and entries of a card that a stranger made.
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "robustness/Card.h"
+#include "support/JpegBuilder.h"
+
+namespace orx_test {
+namespace {
+
+const char* const kNames[] = {
+    "it's.JPG",
+    "percent %s %n %1000000d.JPG",
+    "line\nbreak.JPG",
+    "\x1b[2J\x1b[31mescape.JPG",
+    "\xff\xfe\xc0\x80 not UTF-8.JPG",
+    "'; drop table ObjectTable; --.JPG",
+    "') or 1=1; delete from ImageTable; --.JPG",
+    "x' union select * from ImageTable --.JPG",
+    "back\\slash.JPG",
+    "semicolon;.JPG",
+    "\xEA\xB0\x80\xEB\x82\x98.JPG",
+    "%%.JPG",
+    "-rf.JPG",
+    " .JPG",
+};
+const char* const kRefusedNames[] = {"double\"quote.JPG", "\"; drop table ImageTable; --.JPG",
+                                     "a\" or \"1\"=\"1.JPG"};
+
+class HostileNamesTest : public CardTest {
+ protected:
+  // How many rows of the object and of the image table have the path.
+  static long Rows(const std::vector<std::string>& contents, const std::string& path) {
+    const std::string cell = "|FullPath=" + path + "|";
+    return std::count_if(contents.begin(), contents.end(), [&](const std::string& row) {
+      return row.find(cell) != std::string::npos;
+    });
+  }
+  void ScanTwice() const {
+    Scan();
+    const std::vector<std::string> once = Contents();
+    Scan();
+    EXPECT_EQ(Difference(Contents(), once), "");
+  }
+};
+
+TEST_F(HostileNamesTest, AreTextsAndNothingElse) {
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  for (const char* name : kNames) Write(std::string("100PHOTO/") + name, MakeJpeg());
+  for (const char* name : kNames) Write(std::string(name) + "/IMGA0001.JPG", MakeJpeg());
+  for (const char* name : kRefusedNames) Write(std::string("100PHOTO/") + name, MakeJpeg());
+  for (const char* name : kRefusedNames) Write(std::string(name) + "/IMGA0001.JPG", MakeJpeg());
+  Write("100PHOTO/" + std::string(251, 'n') + ".JPG", MakeJpeg());
+  ScanTwice();
+
+  const std::vector<std::string> contents = Contents();
+  EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
+  EXPECT_EQ(Rows(contents, InCard("100PHOTO/" + std::string(251, 'n') + ".JPG")), 2);
+  for (const char* name : kNames) {
+    EXPECT_EQ(Rows(contents, InCard("100PHOTO/") + name), 2) << name;
+    EXPECT_EQ(Rows(contents, InCard(name) + "/IMGA0001.JPG"), 2) << name;
+  }
+  for (const char* name : kRefusedNames) {
+    EXPECT_EQ(Rows(contents, InCard("100PHOTO/") + name), 0) << name;
+    EXPECT_EQ(Rows(contents, InCard(name) + "/IMGA0001.JPG"), 0) << name;
+  }
+}
+
+TEST_F(HostileNamesTest, AreRecordedUpToTheLongestPath) {
+  std::string folder = "f";
+  while (InCard(folder).size() < 400) folder += "/" + std::string(40, 'd');
+  constexpr size_t kLongest = 511;
+  const size_t room = kLongest - InCard(folder).size() - 1;
+  for (size_t length = room - 3; length <= room + 3; ++length)
+    Write(folder + "/" + std::string(length - 4, 'n') + ".JPG", MakeJpeg());
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  ScanTwice();
+  const std::vector<std::string> contents = Contents();
+  for (size_t length = room - 3; length <= room + 3; ++length)
+    EXPECT_EQ(Rows(contents, InCard(folder) + "/" + std::string(length - 4, 'n') + ".JPG"),
+              length <= room ? 2 : 0)
+        << length;
+  EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
+}
+
+TEST_F(HostileNamesTest, OfWhatIsNoFileArePassedOver) {
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  const std::string folder = InCard("100PHOTO/");
+  ASSERT_EQ(mkfifo((folder + "fifo.JPG").c_str(), 0600), 0);
+  const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  const std::string socketPath = folder + "s.JPG";
+  if (socketPath.size() < sizeof address.sun_path) {
+    memcpy(address.sun_path, socketPath.c_str(), socketPath.size() + 1);
+    EXPECT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  }
+  std::filesystem::create_symlink("/nowhere/at/all.JPG", folder + "dangling.JPG");
+  std::filesystem::create_symlink("loop.JPG", folder + "loop.JPG");
+  std::filesystem::create_symlink("/dev/zero", folder + "device.JPG");
+  std::filesystem::create_directory(folder + "folder.JPG");
+  ScanTwice();
+  close(listener);
+  const std::vector<std::string> contents = Contents();
+  EXPECT_EQ(Rows(contents, folder + "IMGA0001.JPG"), 2);
+  for (const char* name : {"fifo.JPG", "s.JPG", "dangling.JPG", "loop.JPG", "device.JPG"})
+    EXPECT_EQ(Rows(contents, folder + name), 0) << name;
+}
+
+TEST_F(HostileNamesTest, OfLinksToFoldersAboveDoNotMultiplyTheWalk) {
+  Write("a/b/c/IMGA0001.JPG", MakeJpeg());
+  std::filesystem::create_directory_symlink(card_, InCard("a/b/up1"));
+  std::filesystem::create_directory_symlink(InCard("a"), InCard("a/b/c/up2"));
+  std::filesystem::create_directory_symlink(InCard("a/b"), InCard("a/b/c/up3"));
+  ScanTwice();
+  const std::vector<std::string> contents = Contents();
+  EXPECT_EQ(Rows(contents, InCard("a/b/c/IMGA0001.JPG")), 2);
+  EXPECT_LT(contents.size(), 12u);
+}
+
+// The file that changes when the scan is about to read it.
+std::string movingFile;
+void (*move)() = nullptr;
+void MoveBeforeReading(const char* line) {
+  if (strstr(line, "__ExtractMetadata] Parsing [") != nullptr &&
+      strstr(line, "MOVING") != nullptr && strstr(line, "failed") == nullptr)
+    move();
+}
+
+TEST_F(HostileNamesTest, OfFilesThatVanishBeforeTheyAreReadLeaveNoRow) {
+  Write("IMGA0001.JPG", MakeJpeg());
+  movingFile = Write("MOVING.JPG", MakeJpeg());
+  move = [] { std::filesystem::remove(movingFile); };
+  QuietPlatform::Get().onLine = MoveBeforeReading;
+  ScanTwice();
+  EXPECT_EQ(Rows(Contents(), movingFile), 0);
+  EXPECT_EQ(Rows(Contents(), InCard("IMGA0001.JPG")), 2);
+}
+
+TEST_F(HostileNamesTest, OfFilesThatGrowBeforeTheyAreReadHaveTheirNewSize) {
+  movingFile = Write("MOVING.JPG", MakeJpeg());
+  const auto size = std::filesystem::file_size(movingFile);
+  move = [] { std::ofstream(movingFile, std::ios::binary | std::ios::app) << "more"; };
+  QuietPlatform::Get().onLine = MoveBeforeReading;
+  Scan();
+  QuietPlatform::Get().onLine = nullptr;
+  const std::vector<std::string> once = Contents();
+  EXPECT_EQ(Rows(once, movingFile), 2);
+  EXPECT_TRUE(std::any_of(once.begin(), once.end(), [&](const std::string& row) {
+    return row.find("|size=" + std::to_string(size + 4) + "|") != std::string::npos;
+  }));
+  Scan();
+  EXPECT_EQ(Difference(Contents(), once), "");
+}
+
+}  // namespace
+}  // namespace orx_test

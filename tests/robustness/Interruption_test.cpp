@@ -1,0 +1,142 @@
+// A scan that is killed leaves no row of its own; one that is cancelled leaves whole rows; the next
+// undisturbed scan leaves what it would have left anyway.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <random>
+
+#include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DirectoryScanner.h"
+#include "robustness/Card.h"
+#include "robustness/Injection.h"
+#include "support/JpegBuilder.h"
+
+namespace orx_test {
+namespace {
+
+constexpr int kFilesPerFolder = 100;
+
+// Does something at the n-th line that a scan logs.
+long linesLeft = 0;
+void (*atLine)() = nullptr;
+void CountDown(const char* /*line*/) {
+  if (--linesLeft == 0) atLine();
+}
+
+class InterruptionTest : public CardTest {
+ protected:
+  InterruptionTest() {
+    WriteSmallCard();
+    for (int folder = 200; folder < 200 + folders(); ++folder)
+      for (int file = 0; file < kFilesPerFolder; ++file)
+        Write(std::to_string(folder) + "PHOTO/IMGA" + std::to_string(1000 + file) + ".JPG",
+              MakeJpeg());
+  }
+  static int folders() { return IsSoak() ? 30 : 2; }
+  static int moments() { return IsSoak() ? 300 : 30; }
+
+  // What a scan begins with, once without a database and once with an older one.
+  struct Stage {
+    std::string bytes;
+    std::vector<std::string> before, expected;
+    long lines, diskCalls;  // of an undisturbed scan
+  };
+  std::vector<Stage> Stages() {
+    std::vector<Stage> stages(2);
+    Measure(&stages[0]);
+    stages[1].bytes = DatabaseBytes();
+    stages[1].before = stages[0].expected;
+    ChangeSmallCard();
+    for (int file = 0; file < kFilesPerFolder; file += 2)
+      std::filesystem::remove(InCard("200PHOTO/IMGA" + std::to_string(1000 + file) + ".JPG"));
+    for (int file = 0; file < kFilesPerFolder; ++file)
+      Write("400PHOTO/IMGA" + std::to_string(1000 + file) + ".JPG", MakeJpeg());
+    Measure(&stages[1]);
+    stages.erase(stages.begin());  // its card is gone
+    stages.push_back({"", {}, stages[0].expected, 0, 0});
+    Measure(&stages[1]);
+    return stages;
+  }
+
+  std::minstd_rand random_{20261121};
+
+ private:
+  void Measure(Stage* stage) {
+    RestoreDatabase(stage->bytes);
+    QuietPlatform::Reset();
+    Injection::Arm(Layer::kDisk, -1, Behaviour::kFailOnce);
+    Scan();
+    Injection::Disarm();
+    stage->diskCalls = Injection::Calls();
+    stage->lines = static_cast<long>(QuietPlatform::Get().lines);
+    stage->expected = Contents();
+  }
+};
+
+TEST_F(InterruptionTest, AKilledScanLeavesNoRowOfItsOwn) {
+  const std::vector<Stage> stages = Stages();
+  int killed = 0;
+  for (int moment = 0; moment < moments(); ++moment) {
+    const Stage& stage = stages[static_cast<size_t>(moment % 2)];
+    const bool inWrite = moment % 4 < 2;
+    const long call =
+        1 + static_cast<long>(random_() %
+                              static_cast<unsigned long>(inWrite ? stage.diskCalls : stage.lines));
+    SCOPED_TRACE((inWrite ? "disk call " : "line ") + std::to_string(call));
+    RestoreDatabase(stage.bytes);
+    const pid_t child = fork();
+    if (child == 0) {
+      if (inWrite) {
+        Injection::Arm(Layer::kDisk, call, Behaviour::kKill);
+      } else {
+        linesLeft = call;
+        atLine = [] { raise(SIGKILL); };
+        QuietPlatform::Get().onLine = CountDown;
+      }
+      Scan();
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    if (WIFSIGNALED(status)) ++killed;
+    const std::vector<std::string> left = Contents();
+    if (left != stage.expected) {
+      EXPECT_EQ(Difference(left, stage.before), "");
+    }
+    Scan();
+    ASSERT_EQ(Difference(Contents(), stage.expected), "");
+  }
+  EXPECT_EQ(killed, moments());
+}
+
+TEST_F(InterruptionTest, ACancelledScanIsCompletedByTheNext) {
+  const std::vector<Stage> stages = Stages();
+  for (int moment = 0; moment < moments(); ++moment) {
+    const Stage& stage = stages[static_cast<size_t>(moment % 2)];
+    linesLeft = 1 + static_cast<long>(random_() % static_cast<unsigned long>(stage.lines));
+    SCOPED_TRACE("line " + std::to_string(linesLeft));
+    RestoreDatabase(stage.bytes);
+    atLine = [] { DirectoryScanner::GetInstance()->CancelScanDirectory(); };
+    if (moment % 4 < 2)
+      atLine = [] {
+        DirectoryScanner::GetInstance()->CancelScanDirectory();
+        DataBaseMgr::GetInstance()->CancelInvalidateAllItems();
+      };
+    QuietPlatform::Reset().onLine = CountDown;
+    Scan();
+    QuietPlatform::Reset();
+    // Nothing but rows that a whole scan leaves too, or that were there before.
+    for (const std::string& row : Contents()) {
+      const bool known = std::binary_search(stage.expected.begin(), stage.expected.end(), row) ||
+                         std::binary_search(stage.before.begin(), stage.before.end(), row);
+      EXPECT_TRUE(known) << row;
+    }
+    Scan();
+    ASSERT_EQ(Difference(Contents(), stage.expected), "");
+  }
+}
+
+}  // namespace
+}  // namespace orx_test
