@@ -193,7 +193,7 @@ TEST_F(DataBaseMgrTest, LetsTheOwnerOfTheHandleCloseIt) {
 TEST_F(DataBaseMgrTest, IsCancelledUntilItIsCreatedAnew) {
   manager()->CancelInvalidateAllItems();
   EXPECT_EQ(manager()->bInvalidateAllItemsCancelFlag, 1);
-  EXPECT_TRUE(manager()->bInvalidateAllItemsCancelFlag.is_lock_free());
+  EXPECT_TRUE(decltype(manager()->bInvalidateAllItemsCancelFlag)::is_always_lock_free);
   DataBaseMgr::DestroyInstance();
   EXPECT_EQ(manager()->bInvalidateAllItemsCancelFlag, 0);
 }
