@@ -73,7 +73,7 @@ int main() {
   for (long line = 12; line < 200; line += 20) {
     const int rows = CancelledScan(directory.Path("card"), directory.Path("media.db"), line);
     printf("cancelled at line %ld: %d rows\n", line, rows);
-    if (rows < before || rows > kFiles) return 1;
+    if (rows < before || rows > 1 + kFiles) return 1;  // the folder has a row, too
     before = rows;
   }
   return 0;
