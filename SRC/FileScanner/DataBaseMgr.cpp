@@ -11,6 +11,7 @@
 
 #include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseSchema.h"
+#include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
 #include "FileScanner/UnfinishedFile.h"
@@ -327,19 +328,19 @@ orx::QueryResult DataBaseMgr::Result() {
 }
 
 // Does for a statement with bound values what ExecSqlStatment does for a text.
-int DataBaseMgr::Query(const orx::SqlStatement& statement) {
+int DataBaseMgr::Query(const orx::SqlStatement& statement, orx::ResultRows* rows) {
   if (WritingFailed()) {
     orx::ClearResult(Result(), SQLITE_ABORT);
     return 0;
   }
   const orx::FaultWatch watch;
-  const int queried = Guard(this).Run(__func__, 0, [&] { return QueryCompiled(statement); });
+  const int queried = Guard(this).Run(__func__, 0, [&] { return QueryCompiled(statement, rows); });
   if (watch.OutOfMemory()) orx::ClearResult(Result(), SQLITE_NOMEM);
   NoteCode(nLastResult);
   return queried;
 }
 
-int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement) {
+int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement, orx::ResultRows* rows) {
   orx::ClearResult(Result(), ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
   std::string reason;
   if (ppDataBase == nullptr || !statement.Accepted(&reason)) return 0;
@@ -349,7 +350,7 @@ int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement) {
   const orx::StatementUse use(compiled);
   int code = SQLITE_ERROR;
   if (statement.BindTo(compiled))
-    while ((code = sqlite3_step(compiled)) == SQLITE_ROW) AddRow(compiled);
+    while ((code = sqlite3_step(compiled)) == SQLITE_ROW) AddRow(compiled, rows);
   if (code != SQLITE_DONE) {
     orx::ClearResult(Result(), code);
     return 0;
@@ -358,13 +359,18 @@ int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement) {
   return 1;
 }
 
-void DataBaseMgr::AddRow(sqlite3_stmt* row) {
+void DataBaseMgr::AddRow(sqlite3_stmt* row, orx::ResultRows* rows) {
   nColumns = sqlite3_column_count(row);
   for (int i = 0; i < nColumns; ++i) {
     if (nRows == 0) vcol_head.emplace_back(sqlite3_column_name(row, i));
-    const auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(row, i));
+    auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(row, i));
     if (cell == nullptr && sqlite3_errcode(ppDataBase) == SQLITE_NOMEM) throw std::bad_alloc();
-    vdata.emplace_back(cell != nullptr ? cell : "");
+    if (cell == nullptr) cell = "";
+    if (rows != nullptr) {
+      rows->AddCell(cell);
+    } else {
+      vdata.emplace_back(cell);
+    }
   }
   ++nRows;
 }

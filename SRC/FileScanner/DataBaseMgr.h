@@ -26,7 +26,7 @@ class VideoMetaData;
 
 namespace orx {
 struct QueryResult;
-struct ResultRows;
+class ResultRows;
 class SqlStatement;
 class StatementCache;
 class WriteTransaction;
@@ -207,14 +207,15 @@ class ORX_API DataBaseMgr {
 
   // Run a statement built from the library's own text and bound values.
   int Run(const orx::SqlStatement& statement);
-  int Query(const orx::SqlStatement& statement);
+  // The cells go into vdata, or into `rows` when given.
+  int Query(const orx::SqlStatement& statement, orx::ResultRows* rows = nullptr);
   int RunCompiled(const orx::SqlStatement& statement);
-  int QueryCompiled(const orx::SqlStatement& statement);
+  int QueryCompiled(const orx::SqlStatement& statement, orx::ResultRows* rows);
   orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
   void LogFailedStatement(const char* sql, int code, const char* message);
   void LogRefusedStatement(const std::string& printed, const std::string& reason);
-  orx::QueryResult Result();       // the members that a query fills
-  void AddRow(sqlite3_stmt* row);  // to them
+  orx::QueryResult Result();                              // the members that a query fills
+  void AddRow(sqlite3_stmt* row, orx::ResultRows* rows);  // likewise
   void CloseDatabase();
   void InsertInBothTables(MediaMetaData* record,
                           int (DataBaseMgr::*insertPhoto)(const MediaMetaData*));

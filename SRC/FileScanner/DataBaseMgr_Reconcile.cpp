@@ -63,10 +63,10 @@ bool DirectoryOpens(const char* path) {
 
 ResultRows DataBaseMgr::Fetch(const SqlStatement& statement) {
   ResultRows fetched;
-  fetched.ok = Query(statement) == 1;
+  fetched.ok = Query(statement, &fetched) == 1 && nLastResult == SQLITE_OK;
+  if (!fetched.ok) return {};  // nor what was read before the failure
   fetched.rows = nRows;
   fetched.columns = nColumns;
-  fetched.cells.swap(vdata);
   return fetched;
 }
 
@@ -131,14 +131,14 @@ void DataBaseMgr::InvalidateAllItemsInDB(const char* directoryPath) {
 
 void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
   const ResultRows stale = Fetch(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
-  if (stale.cells.empty()) return;
+  if (stale.CellCount() == 0) return;
   if (foundStale != nullptr) *foundStale = 1;
   for (int row = 0; row < stale.rows && !Cancelled(); ++row) {
     // The second column is the class in the full layout only; in the backup layout it is the title,
     // and what its leading digits say counts.
     const size_t id = static_cast<size_t>(row) * static_cast<size_t>(stale.columns);
-    if (id + 1 >= stale.cells.size()) return;
-    RemoveIdFromTables(stale.cells[id].c_str(), ORXAString::Integer(stale.cells[id + 1].c_str()));
+    if (id + 1 >= stale.CellCount()) return;
+    RemoveIdFromTables(stale.Cell(id), ORXAString::Integer(stale.Cell(id + 1)));
   }
 }
 
