@@ -1,5 +1,6 @@
 #include "FileScanner/KnownPaths.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace orx {
@@ -14,10 +15,11 @@ bool KnownPaths::Contains(const char* path) {
   if (!indexed_) {
     index_.reserve(static_cast<size_t>(count_));
     for (int i = 1; i <= count_; ++i)
-      if (rows_[i] != nullptr) index_.insert(rows_[i]);
+      if (rows_[i] != nullptr) index_.emplace_back(rows_[i]);
+    std::sort(index_.begin(), index_.end());
     indexed_ = true;
   }
-  const bool found = index_.count(path) != 0;
+  const bool found = std::binary_search(index_.begin(), index_.end(), std::string_view(path));
   if (found) cursor_ = next;  // one entry was left out of order; go on behind it
   return found;
 }
