@@ -83,8 +83,10 @@ int DirectoryScanner::_IsProfileSupported(const char* profile) {
   if (pSupportedProfiles == nullptr) return 0;
   const size_t length = strlen(profile);
   for (const char* found = strstr(pSupportedProfiles, profile); found != nullptr;
-       found = strstr(found + 1, profile))
+       found = strstr(found + 1, profile)) {
     if (found[length] == ';') return 1;
+    if (*found == '\0') break;  // an empty name is found at the end of the list, too
+  }
   return 0;
 }
 

@@ -128,6 +128,14 @@ TEST_F(DirectoryScannerTest, SupportsTheEndOfAProfileToo) {
   EXPECT_EQ(scanner()->_IsProfileSupported("_SM"), 1);  // a substring search, not a parser
 }
 
+TEST_F(DirectoryScannerTest, SupportsAnEmptyProfileWhereTheListHasASeparator) {
+  EXPECT_EQ(scanner()->_IsProfileSupported(""), 1);
+  scanner()->SetDlnaProfiles("JPEG_SM");
+  EXPECT_EQ(scanner()->_IsProfileSupported(""), 0);
+  scanner()->SetDlnaProfiles("");
+  EXPECT_EQ(scanner()->_IsProfileSupported(""), 0);
+}
+
 TEST_F(DirectoryScannerTest, ComparesProfilesCaseSensitively) {
   EXPECT_EQ(scanner()->_IsProfileSupported("jpeg_sm"), 0);
 }
