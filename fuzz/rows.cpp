@@ -2,6 +2,7 @@
 // if need be, are the input's.
 #include <sqlite3.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/ImageMetaData.h"
+#include "FileScanner/VideoMetaData.h"
 #include "OSAL/ORXMemory.h"
 #include "fuzz/support/ByteSource.h"
 #include "fuzz/support/QuietPlatform.h"
@@ -95,6 +97,29 @@ void LookUp(DataBaseMgr* database, const char* path, const char* column) {
   sqlite3_free_table(rows);
 }
 
+// The purges compare the rows with the platform's list of shared files.
+int ListedUri(int index, char** uri) {
+  static char text[64];
+  snprintf(text, sizeof text, "/mnt/mmc/DCIM/100PHOTO/IMGA%04d.JPG", index);
+  *uri = text;
+  return 0;
+}
+
+// What a scanner asks, with the paths of a folder at hand.
+void Ask(const char* path, const std::string& other) {
+  DirectoryScanner* scanner = DirectoryScanner::GetInstance();
+  ORXMemory::Free(scanner->GetDirUniqueId(path));
+  scanner->ValidateItem(path);
+  char** rows = nullptr;
+  int count = 0;
+  if (scanner->GetArrayOfFullPath(other.c_str(), &rows, &count) == SQLITE_OK) {
+    int cursor = 0;
+    scanner->IsInArray(path, rows, count, &cursor);
+    scanner->IsInArray(path, rows, count, &cursor);
+  }
+  sqlite3_free_table(rows);
+}
+
 void ListForBackup(DataBaseMgr* database) {
   int count = 0;
   BackupClassElement* head = nullptr;
@@ -106,49 +131,93 @@ void ListForBackup(DataBaseMgr* database) {
   }
 }
 
-void Change(DataBaseMgr* database, const std::string& text, const char* path, int what) {
-  ImageMetaData record;
-  record.SetFullPath(path);
+// A record of the input's own, as an updated or a new row.
+template <typename Record>
+void ChangeRecord(DataBaseMgr* database, const std::string& text, const char* path, int what) {
+  Record record;
   record.SetType(static_cast<unsigned>(what % 5));
+  record.SetFullPath(path);
+  record.SetUniqueID(text.c_str());
+  record.SetTitle(text.c_str());
+  record.SetEXT(text.c_str());
+  record.SetSortIndex(path);
+  switch (what / 5 % 6) {
+    case 0:
+      database->UpdateDBForNewItem(&record, text.c_str());
+      return;
+    case 1:
+      return database->InsertMetaData(&record);
+    case 2:
+      return database->InsertMetaData2(&record);
+    case 3:
+      return database->InsertMetaDataToObjTable(&record);
+    case 4:
+      return database->InsertXQMediaInObjectTable(&record);
+    default:
+      return database->InsertAutoBackupMediaInObjectTable(&record);
+  }
+}
+
+void Purge(DataBaseMgr* database, const char* path, int what) {
   int found = 0;
-  char* shared[] = {const_cast<char*>(path), nullptr};
-  switch (what % 16) {
+  switch (what % 8) {
     case 0:
       database->InvalidateAllItemsInDB(path);
-      return;
+      return database->DeleteInvalidatedItemInDB(&found);
     case 1:
       return database->DeleteInvalidatedItemInDB(&found);
     case 2:
       return database->DeleteInvalidItemsInDB(path);
     case 3:
+      database->addFileUriToTable();
       return database->deleteInvalidItemsInDBDcf(path);
     case 4:
+      database->addFileUriToTable();
       return database->deleteInvalidItemsFromAutoBackupDB(path);
     case 5:
+      DcfFileInfoVector::GetInstance()->addToDCFInfoVector();
       return database->deleteInvalidItemsInDBDcfVector(path);
     case 6:
       return database->RemoveDIRfromDB(path, &found);
-    case 7:
-      return database->RemoveDIRfromObjTableInDB(path);
-    case 8:
-      return database->DeleteItemFromDB(path);
-    case 9:
-      return database->DeleteItemFromDBWithId(text.c_str());
-    case 10:
-      database->RemoveIdFromTables(text.c_str(), what >> 4);
-      return;
-    case 11:
-      database->UpdateShareStatus(what & 16 ? shared : nullptr, what >> 5);
-      return;
-    case 12:
-      database->UpdateDBForNewItem(&record, text.c_str());
-      return;
-    case 13:
-      return database->InsertMetaData(&record);
-    case 14:
-      return database->InsertMetaDataToObjTable(&record);
     default:
+      return database->RemoveDIRfromObjTableInDB(path);
+  }
+}
+
+void Remove(DataBaseMgr* database, const std::string& text, const char* path, int what) {
+  char* shared[] = {const_cast<char*>(path), nullptr};
+  switch (what % 8) {
+    case 0:
+      return database->DeleteItemFromDB(path);
+    case 1:
+      return database->DeleteItemFromDBWithId(text.c_str());
+    case 2:
+      database->RemoveIdFromTables(text.c_str(), what / 8);
+      return;
+    case 3:
+      return database->RemoveIdFromObjectTable(text.c_str());
+    case 4:
+    case 5:
+      database->UpdateShareStatus(what % 8 == 4 ? shared : nullptr, what / 8);
+      return;
+    case 6:
       return database->DropTable(text.c_str());
+    default:
+      return database->DisplayTable(text.c_str());
+  }
+}
+
+void Change(DataBaseMgr* database, const std::string& text, const char* path, int what) {
+  const int detail = what / 4;
+  switch (what % 4) {
+    case 0:
+      return Purge(database, path, detail);
+    case 1:
+      return Remove(database, text, path, detail);
+    case 2:
+      return ChangeRecord<ImageMetaData>(database, text, path, detail);
+    default:
+      return ChangeRecord<VideoMetaData>(database, text, path, detail);
   }
 }
 
@@ -160,6 +229,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int modes[] = {0, 1, 6, 8};
   platform.sharingMode = modes[source.Byte() % 4];
   DataBaseMgr* database = DataBaseMgr::GetInstance();
+  platform.fileCount = 8;
+  platform.uri = ListedUri;
   if (database->CreateDbmsSystem(":memory:") == 0) abort();
   for (int rows = source.Byte() % 12; rows > 0; --rows) InsertRow(&source);
 
@@ -169,10 +240,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string path = what & 128 ? kPaths[text.size() % 6] : text;
     Change(database, text, path.c_str(), what & 127);
     LookUp(database, path.c_str(), what & 64 ? "FullPath" : text.c_str());
+    Ask(path.c_str(), text);
     ListForBackup(database);
   }
   database->NeedToDeleteDBforSorting();
   database->DisplayDatabase();
+  DirectoryScanner::DestroyInstance();
   DataBaseMgr::DestroyInstance();
   DcfFileInfoVector::DestroyInstance();
   return 0;

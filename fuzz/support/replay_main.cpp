@@ -1,4 +1,5 @@
-// Runs a fuzz target over files, for builds without libFuzzer: each argument is a file or a folder.
+// Runs a fuzz target over nothing and over files, for builds without libFuzzer: each argument is a
+// file or a folder.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -26,6 +27,7 @@ void Replay(const std::filesystem::path& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  LLVMFuzzerTestOneInput(nullptr, 0);  // the first input of libFuzzer, too
   for (int i = 1; i < argc; ++i)
     if (argv[i][0] != '-') Replay(argv[i]);  // options are libFuzzer's
   fprintf(stderr, "%s: %d inputs\n", argv[0], replayed);
