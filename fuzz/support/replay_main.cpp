@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
@@ -27,7 +28,8 @@ void Replay(const std::filesystem::path& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  LLVMFuzzerTestOneInput(nullptr, 0);  // the first input of libFuzzer, too
+  const auto nothing = std::make_unique<uint8_t[]>(0);  // so that reading it shows
+  LLVMFuzzerTestOneInput(nothing.get(), 0);
   for (int i = 1; i < argc; ++i)
     if (argv[i][0] != '-') Replay(argv[i]);  // options are libFuzzer's
   fprintf(stderr, "%s: %d inputs\n", argv[0], replayed);
