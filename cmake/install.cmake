@@ -17,27 +17,40 @@ set(ORXSCAN_PUBLIC_HEADERS
 
 foreach(header IN LISTS ORXSCAN_PUBLIC_HEADERS)
   get_filename_component(folder ${header} DIRECTORY)
-  install(FILES SRC/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/${folder})
+  install(FILES SRC/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/${folder}
+          COMPONENT devel)
 endforeach()
-install(FILES host/HostPlatform.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/host)
+install(FILES host/HostPlatform.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orxscan/host
+        COMPONENT devel)
 
 install(TARGETS orxscan orxscan_static orxscan_host EXPORT orxscanTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT devel
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT devel)
 install(EXPORT orxscanTargets NAMESPACE orxscan::
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan COMPONENT devel)
 
 configure_package_config_file(cmake/orxscanConfig.cmake.in orxscanConfig.cmake
                               INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
 write_basic_package_version_file(orxscanConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/orxscanConfig.cmake
               ${PROJECT_BINARY_DIR}/orxscanConfigVersion.cmake
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orxscan COMPONENT devel)
+
+# The pkg-config files find the rest from where they lie, so that an installation can be moved.
+file(RELATIVE_PATH ORXSCAN_PREFIX_FROM_PC /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" ORXSCAN_PREFIX_FROM_PC "${ORXSCAN_PREFIX_FROM_PC}")
 
 foreach(file IN ITEMS orxscan.pc orxscan_host.pc)
   configure_file(cmake/${file}.in ${file} @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+          COMPONENT devel)
 endforeach()
 
 if(TARGET orxscan_command)
-  install(TARGETS orxscan_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS orxscan_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
+  foreach(page IN ITEMS docs/orxscan.1 tools/orxscan/orxscan.1)
+    if(EXISTS ${PROJECT_SOURCE_DIR}/${page})
+      install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
+    endif()
+  endforeach()
 endif()

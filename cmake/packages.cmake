@@ -1,0 +1,66 @@
+# Debian packages, one a component: liborxscan1, liborxscan-dev and orxscan.  scripts/package makes
+# them; "cpack" in a build folder does as well.
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME orxscan)
+set(CPACK_PACKAGE_VENDOR "orxscan developers")
+set(CPACK_PACKAGE_CONTACT "orxscan developers <orxscan@localhost>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_COMPONENTS_ALL runtime devel)
+if(TARGET orxscan_command)
+  list(APPEND CPACK_COMPONENTS_ALL command)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(runtime_package liborxscan${PROJECT_VERSION_MAJOR})
+set(devel_package liborxscan-dev)
+set(command_package orxscan)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "media indexing for DLNA servers - shared library
+ Records the pictures, films and sounds of a memory card in an SQLite database,
+ with their metadata and DLNA profiles.  The program that loads the library
+ supplies the functions of its platform.")
+
+set(CPACK_DEBIAN_DEVEL_PACKAGE_NAME ${devel_package})
+set(CPACK_DEBIAN_DEVEL_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVEL_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION}), libsqlite3-dev")
+set(CPACK_COMPONENT_DEVEL_DESCRIPTION "media indexing for DLNA servers - development files
+ Headers, static libraries, the platform functions of a Linux PC, the CMake
+ package and the pkg-config files.")
+
+set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME ${command_package})
+set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION utils)
+set(CPACK_COMPONENT_COMMAND_DESCRIPTION "media indexing for DLNA servers - command
+ Scans folders and memory cards into a media database, and shows, queries and
+ checks what it holds.")
+
+# The dynamic linker's cache is renewed when the library comes and goes.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/triggers)
+
+# Every package carries the changelog and the copyright.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/copyright "Copyright 2026 the orxscan developers\n")
+find_program(GZIP_PROGRAM gzip)
+if(GZIP_PROGRAM)
+  execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+                  OUTPUT_FILE ${PROJECT_BINARY_DIR}/debian/changelog.gz)
+endif()
+foreach(component IN ITEMS runtime devel command)
+  install(FILES ${PROJECT_BINARY_DIR}/debian/copyright ${PROJECT_BINARY_DIR}/debian/changelog.gz
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${component}_package} COMPONENT ${component}
+          OPTIONAL)
+endforeach()
+
+include(CPack)
