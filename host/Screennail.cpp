@@ -21,7 +21,9 @@ constexpr uint8_t kStartOfImage = 0xD8;
 constexpr uint8_t kEndOfImage = 0xD9;
 constexpr uint8_t kStartOfScan = 0xDA;
 constexpr uint8_t kApp2 = 0xE2;
-constexpr int kMaxSegments = 4096;  // before the image data; no camera writes a hundred
+constexpr int kMaxSegments = 1024;   // before the image data; no camera writes a hundred
+constexpr int kMaxFillBytes = 4096;  // in front of one marker; usually there are none
+constexpr size_t kMaxPreviews = 4;   // that are looked at; a picture has one or two
 
 constexpr char kMpfIdentifier[] = "MPF";  // with its terminator, four bytes
 constexpr uint16_t kMpEntryTag = 0xB002;  // the table of images
@@ -65,8 +67,8 @@ bool StandsAlone(uint8_t marker) { return marker == 0x01 || (marker >= 0xD0 && m
 bool NextSegment(st_UPNP_FILE* file, Segment* segment) {
   uint8_t byte = 0;
   if (!ReadExactly(file, &byte, 1) || byte != 0xFF) return false;
-  while (byte == 0xFF)  // fill bytes
-    if (!ReadExactly(file, &byte, 1)) return false;
+  for (int n = 0; byte == 0xFF; ++n)
+    if (n > kMaxFillBytes || !ReadExactly(file, &byte, 1)) return false;
   if (byte == 0 || byte == kStartOfImage || byte == kEndOfImage || byte == kStartOfScan)
     return false;
   *segment = {byte, file->position, 0};
@@ -142,7 +144,7 @@ bool IsPlaceable(const Image& image, long long fileSize) {
 std::vector<Image> LargeThumbnails(const MpIndex& index, long long fileSize) {
   std::vector<Image> images;
   ByteCursor entries = MpEntries(index);
-  while (entries.remaining() >= kMpEntrySize) {
+  while (entries.remaining() >= kMpEntrySize && images.size() < kMaxPreviews) {
     const uint32_t attribute = entries.U32();
     const uint32_t length = entries.U32();
     const uint32_t offset = entries.U32();

@@ -7,6 +7,7 @@
 
 #include "MediaReaders/byte_cursor.h"
 #include "MediaReaders/exif_reader.h"
+#include "MediaReaders/parse_limits.h"
 
 namespace orx {
 namespace {
@@ -75,17 +76,42 @@ bool IsFrameHeader(uint8_t marker) {
          marker != kJpegExtension && marker != kArithmeticTables;
 }
 
-// Moves the handle behind the next marker prefix; false at the end of the file.
-bool PassMarkerPrefix(st_UPNP_FILE* file) {
+// Moves the handle behind the next marker prefix; false at the end of the file and where `gaps`,
+// the bytes that may be passed on the way, are used up.
+bool PassMarkerPrefix(st_UPNP_FILE* file, long long* gaps) {
   uint8_t bytes[64];
-  for (;;) {
+  while (*gaps >= 0) {
     const int count = upnp_file_read(file, bytes, sizeof bytes);
     if (count <= 0) return false;
     const void* found = memchr(bytes, kMarkerPrefix, static_cast<size_t>(count));
-    if (found == nullptr) continue;
-    const auto used = static_cast<const uint8_t*>(found) + 1 - bytes;
-    return upnp_file_seek(file, used - count, SEEK_CUR) >= 0;
+    if (found == nullptr) {
+      *gaps -= count;
+      continue;
+    }
+    const auto passed = static_cast<const uint8_t*>(found) - bytes;
+    *gaps -= passed;
+    return *gaps >= 0 && upnp_file_seek(file, passed + 1 - count, SEEK_CUR) >= 0;
   }
+  return false;
+}
+
+bool IsStartOfImage(const uint8_t* bytes) {
+  return (bytes[0] == kMarkerPrefix) & (bytes[1] == kStartOfImage);
+}
+
+// The index of the first start-of-image marker in `size` bytes, -1 when there is none.  A stretch
+// is asked as a whole first, which compilers turn into a few instructions.
+int IndexOfStartOfImage(const uint8_t* bytes, int size) {
+  constexpr int kStretch = 256;
+  int start = 0;
+  for (; start + kStretch < size; start += kStretch) {
+    unsigned found = 0;
+    for (int i = start; i < start + kStretch; ++i) found |= IsStartOfImage(bytes + i) ? 1u : 0u;
+    if (found != 0) break;
+  }
+  for (int i = start; i + 1 < size; ++i)
+    if (IsStartOfImage(bytes + i)) return i;
+  return -1;
 }
 
 // Reads a frame header from its precision byte on.
@@ -120,9 +146,10 @@ bool ReadExifBlock(st_UPNP_FILE* file, ExifBlock* block) {
 bool ReadFrameSize(st_UPNP_FILE* file, long long start, long long limit, int* width, int* height) {
   if (upnp_file_seek(file, start, SEEK_SET) != start || !ReadStartOfImage(file)) return false;
   // A length below 2 moves back by less than was read of the segment, so every round gets ahead.
-  while (!upnp_file_eof(file)) {
+  long long gaps = kMaxJpegGaps;
+  for (int segments = 0; segments <= kMaxJpegSegments && !upnp_file_eof(file); ++segments) {
     uint8_t bytes[3];
-    if (!PassMarkerPrefix(file) || !ReadExactly(file, bytes, sizeof bytes)) return false;
+    if (!PassMarkerPrefix(file, &gaps) || !ReadExactly(file, bytes, sizeof bytes)) return false;
     ByteCursor cursor(bytes, sizeof bytes);
     const uint8_t marker = cursor.U8();
     const unsigned length = cursor.U16();
@@ -136,13 +163,16 @@ bool ReadFrameSize(st_UPNP_FILE* file, long long start, long long limit, int* wi
 
 long long FindStartOfImage(st_UPNP_FILE* file, long long position) {
   if (upnp_file_seek(file, position, SEEK_SET) != position) return -1;
-  uint8_t bytes[4096];
-  bool afterPrefix = false;
-  for (int count; (count = upnp_file_read(file, bytes, sizeof bytes)) > 0; position += count) {
-    for (int i = 0; i < count; ++i) {
-      if (afterPrefix && bytes[i] == kStartOfImage) return position + i - 1;
-      afterPrefix = bytes[i] == kMarkerPrefix;
-    }
+  constexpr int kOverlap = 1;  // a marker may lie across two blocks
+  uint8_t bytes[kOverlap + 16 * 1024] = {};
+  for (long long passed = 0; passed < kMaxThumbnailSearch;) {
+    const int count =
+        upnp_file_read(file, bytes + kOverlap, static_cast<int>(sizeof bytes) - kOverlap);
+    if (count <= 0) return -1;
+    const int found = IndexOfStartOfImage(bytes, kOverlap + count);
+    if (found >= 0) return position + passed + found - kOverlap;
+    passed += count;
+    bytes[0] = bytes[count];
   }
   return -1;
 }

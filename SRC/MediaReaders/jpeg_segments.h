@@ -19,10 +19,11 @@ struct ExifBlock {
 bool ReadExifBlock(st_UPNP_FILE* file, ExifBlock* block);
 
 // Finds the size in pixels of the JPEG at position `start`.  False, and nothing is stored, when
-// no frame header is found before position `limit`.
+// no frame header is found before position `limit` or within the limits of parse_limits.h.
 bool ReadFrameSize(st_UPNP_FILE* file, long long start, long long limit, int* width, int* height);
 
-// The position of the first start-of-image marker from `position` on, -1 when there is none.
+// The position of the first start-of-image marker from `position` on, -1 when there is none
+// within the limit of parse_limits.h.
 long long FindStartOfImage(st_UPNP_FILE* file, long long position);
 
 }  // namespace orx

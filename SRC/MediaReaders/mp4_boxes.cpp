@@ -123,6 +123,13 @@ void ReadSampleTable(Mp4Walk& walk, const Mp4Box& box) {
   walk.Enter(box);
 }
 
+// A sound entry is read as the brands say, so the brands are searched for each.
+bool MaySearchBrands(Mp4Walk& walk) {
+  const char* brands = walk.meta().CompatibleBrands;
+  const auto size = brands != nullptr ? static_cast<long long>(strlen(brands)) : 0;
+  return walk.Spend(size) == size;
+}
+
 // Only the first entry is looked at.
 void ReadSampleDescription(Mp4Walk& walk, const Mp4Box& box) {
   const ByteCursor entry = walk.Head(box).At(8);  // version, flags, count
@@ -140,6 +147,7 @@ void ReadSampleDescription(Mp4Walk& walk, const Mp4Box& box) {
       walk.MarkSampleTable(true);
       break;
     case FourCc("mp4a"):
+      if (!MaySearchBrands(walk)) return;
       AcceptMp4aEntry(bytes, &walk.meta());
       walk.MarkSampleTable(false);
       break;

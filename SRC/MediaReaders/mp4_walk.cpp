@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <limits>
 
+#include "MediaReaders/parse_limits.h"
+
 namespace {
 
-constexpr int kMaxDepth = 64;                    // boxes inside one another
-constexpr long long kMaxTextSize = 1024 * 1024;  // bytes of one text
 constexpr long long kHeaderSize = 8;
 constexpr long long kLargeHeaderSize = 16;
 
@@ -69,7 +69,7 @@ void Mp4Walk::WalkLevel(long long end, uint32_t parent) {
 }
 
 void Mp4Walk::Enter(const Mp4Box& box, long long skip) {
-  if (depth_ == kMaxDepth || skip > box.payloadSize()) return;
+  if (depth_ == kMaxBoxDepth || skip > box.payloadSize()) return;
   SkipTo(box.payload + skip);
   ++depth_;
   WalkLevel(box.end, box.type);
@@ -79,6 +79,7 @@ void Mp4Walk::Enter(const Mp4Box& box, long long skip) {
 bool Mp4Walk::NextBox(long long end, Mp4Box* box) {
   while (!ended_ && file_->position <= end - kHeaderSize) {
     const long long start = file_->position;
+    if (!MayVisitBox(start)) return false;
     uint8_t header[kHeaderSize];
     const int count = upnp_file_read(file_, header, sizeof header);
     if (count > 0) Count(count, meta_);
@@ -106,6 +107,20 @@ bool Mp4Walk::NextBox(long long end, Mp4Box* box) {
   return false;
 }
 
+bool Mp4Walk::MayVisitBox(long long header) {
+  if (header - lastHeader_ > kDistantBox) --distantBoxesLeft_;
+  lastHeader_ = header;
+  ended_ = ended_ || --boxesLeft_ < 0 || distantBoxesLeft_ < 0;
+  return !ended_;
+}
+
+long long Mp4Walk::Spend(long long bytes) {
+  const long long granted = std::clamp(bytes, 0LL, bytesLeft_);
+  bytesLeft_ -= granted;
+  if (granted < bytes) ended_ = true;
+  return granted;
+}
+
 void Mp4Walk::SkipTo(long long position) {
   const long long before = file_->position;
   if (position == before || upnp_file_seek(file_, position, SEEK_SET) < 0) return;
@@ -120,7 +135,7 @@ size_t Mp4Walk::Read(const Mp4Box& box, void* to, size_t size) {
   const long long left = std::max(box.end - file_->position, 0LL);
   const long long wanted = std::min({left, static_cast<long long>(size),
                                      static_cast<long long>(std::numeric_limits<int>::max())});
-  const int count = upnp_file_read(file_, to, static_cast<int>(wanted));
+  const int count = upnp_file_read(file_, to, static_cast<int>(Spend(wanted)));
   if (count <= 0) return 0;
   Count(count, meta_);
   return static_cast<size_t>(count);

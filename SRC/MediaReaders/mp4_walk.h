@@ -9,6 +9,7 @@
 
 #include "MediaReaders/byte_cursor.h"
 #include "MediaReaders/mp4_reader.h"
+#include "MediaReaders/parse_limits.h"
 
 namespace orx {
 
@@ -36,7 +37,8 @@ using Mp4ReaderLookup = Mp4BoxReader (*)(uint32_t type, uint32_t parent);
 //
 // A box that does not fit into the one around it ends that one: what was read stays, and the walk
 // goes on behind it.  Each byte is passed once, nothing is read that a reader does not ask for, and
-// no more is kept in memory than one text.  Neither `file` nor `meta` is owned.
+// no more is kept in memory than one text.  A walk that reaches one of the limits in parse_limits.h
+// ends.  Neither `file` nor `meta` is owned.
 class Mp4Walk {
  public:
   Mp4Walk(st_UPNP_FILE* file, mp4_metadata_t* meta, Mp4ReaderLookup lookup);
@@ -59,12 +61,17 @@ class Mp4Walk {
   // The rest of the box.  Empty when it is larger than a text may be, or the file ends in it.
   std::string ReadRest(const Mp4Box& box);
 
+  // For a reader that searches `bytes` more of what it has: how many it may; the walk ends when
+  // that is less.
+  long long Spend(long long bytes);
+
   // Whether the current "stbl" describes pictures.
   bool SampleTableIsVideo() const { return sampleTableIsVideo_; }
   void MarkSampleTable(bool isVideo) { sampleTableIsVideo_ = isVideo; }
 
  private:
   void WalkLevel(long long end, uint32_t parent);
+  bool MayVisitBox(long long header);  // at that file position
 
   st_UPNP_FILE* file_;
   mp4_metadata_t* meta_;
@@ -72,6 +79,10 @@ class Mp4Walk {
   bool sampleTableIsVideo_ = false;
   int depth_ = 0;       // boxes around the current one
   bool ended_ = false;  // a box that runs to the end of the file was met
+  int boxesLeft_ = kMaxBoxes;
+  int distantBoxesLeft_ = kMaxDistantBoxes;
+  long long bytesLeft_ = kMaxBoxBytes;
+  long long lastHeader_ = 0;  // file position of the box before
   std::array<uint8_t, 128> head_;
 };
 
