@@ -21,14 +21,14 @@ TEST_F(Command, ShowsHelp) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
   for (const char* word : {"scan", "card", "register", "info", "show", "query", "share",
-                           "backup-list", "dump", "check", "130 cancelled"})
+                           "backup-list", "dump", "check", "diff", "130 cancelled"})
     EXPECT_NE(result.output.find(word), std::string::npos) << result.output;
   EXPECT_NE(Run({"scan", "--help"}).output.find("--profiles"), std::string::npos);
 }
 
 TEST_F(Command, ShowsAnExampleInTheHelpOfEveryCommand) {
   for (const std::string name : {"scan", "card", "register", "info", "show", "query", "share",
-                                 "backup-list", "dump", "check"}) {
+                                 "backup-list", "dump", "check", "diff"}) {
     const ProcessResult result = Run({name, "--help"});
     EXPECT_EQ(result.status, 0) << name;
     EXPECT_EQ(result.errors, "") << name;

@@ -10,6 +10,7 @@ namespace orxscan {
 struct Command {
   CLI::App* app;
   std::function<int()> run;
+  int failed = 1;  // the exit status when it could not run
 };
 
 Command AddScanCommand(CLI::App* parent);
@@ -22,5 +23,6 @@ Command AddShareCommand(CLI::App* parent);
 Command AddBackupListCommand(CLI::App* parent);
 Command AddDumpCommand(CLI::App* parent);
 Command AddCheckCommand(CLI::App* parent);
+Command AddDiffCommand(CLI::App* parent);
 
 }  // namespace orxscan

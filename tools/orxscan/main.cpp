@@ -13,9 +13,20 @@ namespace {
 
 using namespace orxscan;
 
-int Fail(const std::string& message) {
+int Fail(const std::string& message, int status = kFailed) {
   fmt::print(stderr, "orxscan: {}\n", Printable(message));
-  return kFailed;
+  return status;
+}
+
+int RunCommand(const Command& command) {
+  try {
+    const int status = command.run();
+    FinishOutput();
+    return status;
+  } catch (const std::exception& failure) {
+    fflush(stdout);
+    return Fail(failure.what(), command.failed);
+  }
 }
 
 int Run(int argc, char** argv) {
@@ -23,17 +34,19 @@ int Run(int argc, char** argv) {
                "orxscan");
   app.set_version_flag("--version", "orxscan " ORXSCAN_VERSION);
   app.require_subcommand(1);
-  app.footer("Exit status: 0 done, 1 could not, 130 cancelled.");
-  const Command commands[] = {AddScanCommand(&app),     AddCardCommand(&app),
-                              AddRegisterCommand(&app), AddInfoCommand(&app),
-                              AddShowCommand(&app),     AddQueryCommand(&app),
-                              AddShareCommand(&app),    AddBackupListCommand(&app),
-                              AddDumpCommand(&app),     AddCheckCommand(&app)};
+  app.footer("Exit status: 0 done, 1 could not, 130 cancelled; diff and check tell theirs.");
+  const Command commands[] = {
+      AddScanCommand(&app),  AddCardCommand(&app),       AddRegisterCommand(&app),
+      AddInfoCommand(&app),  AddShowCommand(&app),       AddQueryCommand(&app),
+      AddShareCommand(&app), AddBackupListCommand(&app), AddDumpCommand(&app),
+      AddCheckCommand(&app), AddDiffCommand(&app)};
   const auto isFirstArgument = [&](const Command& command) {
     return command.app->get_name() == argv[1];
   };
-  if (argc > 1 && argv[1][0] != '-' &&
-      std::none_of(std::begin(commands), std::end(commands), isFirstArgument))
+  const Command* const named =
+      argc > 1 ? std::find_if(std::begin(commands), std::end(commands), isFirstArgument)
+               : std::end(commands);
+  if (argc > 1 && argv[1][0] != '-' && named == std::end(commands))
     return Fail(fmt::format("there is no command '{}' (see orxscan --help)", argv[1]));
   try {
     app.parse(argc, argv);
@@ -42,13 +55,12 @@ int Run(int argc, char** argv) {
     FinishOutput();
     return kDone;
   } catch (const CLI::ParseError& error) {
-    return Fail(std::string(error.what()) + " (see orxscan --help)");
+    return Fail(std::string(error.what()) + " (see orxscan --help)",
+                named != std::end(commands) ? named->failed : kFailed);
   }
-  int status = kFailed;
   for (const Command& command : commands)
-    if (command.app->parsed()) status = command.run();
-  FinishOutput();
-  return status;
+    if (command.app->parsed()) return RunCommand(command);
+  return kFailed;
 }
 
 }  // namespace
