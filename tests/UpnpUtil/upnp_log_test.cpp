@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -296,7 +297,7 @@ TEST_F(FileLog, LeavesStandardOutputInUseWithoutAFileName) {
 
 std::string DumpLine(const std::string& bytes, int count, unsigned size = 69) {
   const auto data = std::make_unique<unsigned char[]>(bytes.size());
-  std::copy(bytes.begin(), bytes.end(), data.get());
+  memcpy(data.get(), bytes.data(), bytes.size());
   const auto line = std::make_unique<char[]>(size);
   EXPECT_EQ(Hex_dump_line(line.get(), data.get(), count, size), line.get());
   return line.get();
