@@ -27,6 +27,7 @@ class VideoMetaData;
 namespace orx {
 struct QueryResult;
 class ResultRows;
+class RevocableRemoval;
 class SqlStatement;
 class StatementCache;
 class WriteTransaction;
@@ -194,6 +195,7 @@ class ORX_API DataBaseMgr {
   std::atomic<int> bInvalidateAllItemsCancelFlag{0};
 
  private:
+  friend class orx::RevocableRemoval;
   friend class orx::WriteTransaction;
 
   // How far what is written holds together.  After a failure inside a transaction nothing more is

@@ -11,6 +11,7 @@
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlStatement.h"
+#include "FileScanner/WriteTransaction.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -33,7 +34,11 @@ class DataBaseMgr::DcfPurge {
 
   // `operation` is the purge's name in the log.
   DcfPurge(DataBaseMgr* database, const char* operation, Rows rows, Shared shared)
-      : database_(*database), operation_(operation), rows_(rows), shared_(shared) {}
+      : database_(*database),
+        operation_(operation),
+        rows_(rows),
+        shared_(shared),
+        removal_(database) {}
 
   void Run(const char* directoryPath) {
     const std::string id = database_.ContainerIdForPath(directoryPath);
@@ -46,6 +51,7 @@ class DataBaseMgr::DcfPurge {
       } else {
         CheckObjectTable();
       }
+      if (cancelled_) removal_.Undo();
     }
     FinishContainer(directoryPath);
   }
@@ -57,6 +63,7 @@ class DataBaseMgr::DcfPurge {
     if (files_.OpenDir(path) != 0) {
       files_.CloseDir();
     } else if (!watch.Seen()) {
+      removal_.Begin();
       Remove(id.c_str(), orx::kContainerClass);
     }
     ORX_LOG_TIME(">>>> Time2 start");
@@ -78,6 +85,7 @@ class DataBaseMgr::DcfPurge {
     for (int row = 0; row < children.rows; ++row) {
       if (database_.Cancelled()) {
         ORX_LOG_INFO("break in DeleteInvalidItemsInDB\n");
+        cancelled_ = true;
         return;
       }
       if (children.Integer(row, 0) == orx::kContainerClass) {
@@ -134,7 +142,10 @@ class DataBaseMgr::DcfPurge {
   bool CheckItems(const ResultRows& items, int mediaClass) {
     enum Column { kId, kSize, kFullPath, kSortIndex };
     for (int row = 0; row < items.rows; ++row) {
-      if (database_.Cancelled()) return false;
+      if (database_.Cancelled()) {
+        cancelled_ = true;
+        return false;
+      }
       const orx::FaultWatch watch;
       const bool kept = shared_(&database_, items.Integer(row, kSortIndex)) &&
                         files_.IsValidFile(items.Text(row, kFullPath),
@@ -160,6 +171,8 @@ class DataBaseMgr::DcfPurge {
   const char* operation_;
   Rows rows_;
   Shared shared_;
+  bool cancelled_ = false;  // before all was checked
+  orx::RevocableRemoval removal_;
   ORXFSHandler files_;
 };
 

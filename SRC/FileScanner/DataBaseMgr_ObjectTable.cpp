@@ -8,6 +8,7 @@
 #include "FileScanner/PreviewNames.h"
 #include "FileScanner/SqlStatement.h"
 #include "FileScanner/VideoMetaData.h"
+#include "FileScanner/WriteTransaction.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
@@ -232,6 +233,9 @@ void DataBaseMgr::RemoveDIRfromObjTableInDB(const char* directoryPath) {
 }
 
 void DataBaseMgr::RemoveDIRfromDB(const char* directoryPath, int* foundStale) {
+  orx::RevocableRemoval removal(this);
+  removal.Begin();
   InvalidateAllItemsInDB(directoryPath);
   DeleteInvalidatedItemInDB(foundStale);
+  if (Cancelled()) removal.Undo();
 }

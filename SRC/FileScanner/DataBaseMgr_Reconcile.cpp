@@ -14,6 +14,7 @@
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlStatement.h"
+#include "FileScanner/WriteTransaction.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -146,17 +147,18 @@ void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
 
 class DataBaseMgr::PurgeWalk {
  public:
-  explicit PurgeWalk(DataBaseMgr* database) : database_(*database) {}
+  explicit PurgeWalk(DataBaseMgr* database) : database_(*database), removal_(database) {}
 
   void Run(const char* directoryPath) {
     Enter(directoryPath);
     while (!way_.empty()) {
       OpenContainer& here = way_.back();
       if (here.next == here.children.rows) {
-        way_.Leave();
+        Leave();
       } else if (database_.Cancelled()) {
         ORX_LOG_INFO("[DataBaseMgr::DeleteInvalidItemsInDB] break in DeleteInvalidItemsInDB");
-        way_.Leave();
+        if (goneDepth_ > 0) removal_.Undo();
+        Leave();
       } else {
         Check(here.next++);
       }
@@ -175,11 +177,24 @@ class DataBaseMgr::PurgeWalk {
     if (id.empty() || !way_.FirstVisit(id)) return;
     const orx::FaultWatch watch;
     const bool gone = !DirectoryOpens(path) && (!watch.Seen() || InGoneContainer());
-    if (gone) database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
+    if (gone) {
+      removal_.Begin();
+      database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
+    }
     ResultRows children = database_.Fetch(
         SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
             .Text(id));
-    if (children.rows > 0) way_.Enter(path, std::move(children), gone);
+    if (children.rows > 0) {
+      way_.Enter(path, std::move(children), gone);
+      if (gone) ++goneDepth_;
+    } else if (goneDepth_ == 0) {
+      removal_.End();
+    }
+  }
+
+  void Leave() {
+    if (way_.back().gone && --goneDepth_ == 0) removal_.End();
+    way_.Leave();
   }
 
   void Check(int row) {
@@ -192,7 +207,7 @@ class DataBaseMgr::PurgeWalk {
     }
     uint32_t size = 0;
     if (!RecordedSize(path, mediaClass, &size)) {
-      way_.Leave();  // without the media table nothing in this directory can be checked
+      Leave();  // without the media table nothing in this directory can be checked
       return;
     }
     const orx::FaultWatch watch;
@@ -222,6 +237,8 @@ class DataBaseMgr::PurgeWalk {
   DataBaseMgr& database_;
   ORXFSHandler files_;
   WayDown way_;
+  int goneDepth_ = 0;  // containers on the way down that are gone
+  orx::RevocableRemoval removal_;
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {

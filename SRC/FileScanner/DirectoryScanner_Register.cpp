@@ -143,8 +143,9 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
   if (scanner->__ExtractFileSizeAndDateFromName(fullPath, &size, date) == 0)
     return Refuse(kind.noSizeMessage, fullPath);
 
-  const std::unique_ptr<FileInfomation> file(
-      new (std::nothrow) FileInfomation(dir, name, fullPath, dcfIndex, sortIndex, fileType));
+  const std::unique_ptr<FileInfomation> file(orx::Noted(
+      new (std::nothrow) FileInfomation(dir, name, fullPath, dcfIndex, sortIndex, fileType),
+      __func__));
   if (file == nullptr) return Refuse(kind.noMemoryMessage, name);
   if (file->GetExtension() == nullptr) return Refuse(kind.noExtensionMessage, name);
 

@@ -27,4 +27,19 @@ bool WriteTransaction::End() noexcept {
   return false;
 }
 
+void RevocableRemoval::Begin() noexcept {
+  if (begun_ || database_.writing_ != DataBaseMgr::Writing::kInTransaction) return;
+  begun_ = database_.ExecSqlStatmentNoValueReturn("SAVEPOINT RemovedFolder;") == 1;
+}
+
+void RevocableRemoval::Undo() noexcept {
+  if (begun_) database_.ExecSqlStatmentNoValueReturn("ROLLBACK TO RemovedFolder;");
+  End();
+}
+
+void RevocableRemoval::End() noexcept {
+  if (begun_) database_.ExecSqlStatmentNoValueReturn("RELEASE RemovedFolder;");
+  begun_ = false;
+}
+
 }  // namespace orx

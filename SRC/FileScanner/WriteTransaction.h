@@ -26,4 +26,23 @@ class WriteTransaction {
   DataBaseMgr* database_;
 };
 
+// The removal of a folder in a scan.  Its row goes before the rows below it, and a cancel in
+// between would leave those where no later purge looks for them: then Undo brings back what went
+// since Begin, as if the cancel had come before.  Outside a scan's transaction it does nothing.
+class RevocableRemoval {
+ public:
+  explicit RevocableRemoval(DataBaseMgr* database) : database_(*database) {}
+  ~RevocableRemoval() { End(); }
+  RevocableRemoval(const RevocableRemoval&) = delete;
+  RevocableRemoval& operator=(const RevocableRemoval&) = delete;
+
+  void Begin() noexcept;  // unless it began already
+  void Undo() noexcept;
+  void End() noexcept;  // what went is gone
+
+ private:
+  DataBaseMgr& database_;
+  bool begun_ = false;
+};
+
 }  // namespace orx

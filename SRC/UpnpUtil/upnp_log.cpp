@@ -1,5 +1,8 @@
 #include "UpnpUtil/upnp_log.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
@@ -30,6 +33,17 @@ unsigned mode = 0;
 FILE* stream = nullptr;
 
 FILE* Output() { return stream != nullptr ? stream : stdout; }
+
+// Opens `path` for writing as fopen does, but never waits for the reader of a FIFO: one that has
+// none does not open.
+FILE* OpenLog(const char* path, int flags, const char* form) {
+  constexpr mode_t kEveryone = 0666;
+  const int descriptor = open64(path, flags | O_CREAT | O_NONBLOCK, kEveryone);
+  if (descriptor < 0) return nullptr;
+  FILE* opened = fdopen(descriptor, form);
+  if (opened == nullptr) close(descriptor);
+  return opened;
+}
 
 void CloseFile() {
   if (stream != nullptr && stream != stdout) fclose(stream);
@@ -65,7 +79,7 @@ void upnp_log_init(const char* path) {
   fileName[0] = '\0';
   stream = stdout;
   if (path == nullptr) return;
-  stream = fopen(path, "a+");
+  stream = OpenLog(path, O_RDWR | O_APPEND, "a+");
   snprintf(fileName, sizeof fileName, "%s", path);
   if (stream == nullptr) return;
   fputs("***** LOG INIT *****\n", stream);
@@ -132,7 +146,7 @@ char* Hex_dump_line(char* out, const unsigned char* data, int count, unsigned ou
 void upnp_log_clear() {
   if (fileName[0] == '\0') return;
   CloseFile();
-  stream = fopen(fileName, "w");
+  stream = OpenLog(fileName, O_WRONLY | O_TRUNC, "w");
 }
 
 void upnp_log_exit() {

@@ -54,14 +54,18 @@ int QUILWifi_getFileType(char* uri) {
   return platform.fileType != nullptr ? platform.fileType(uri) : 1;
 }
 
-int QUILWifi_getFileAttribute(char* /*path*/, sFileAttribute* out) {
-  *out = QuietPlatform::Get().fileAttribute;
-  return QuietPlatform::Get().attributesSucceed ? 1 : 0;
+int QUILWifi_getFileAttribute(char* path, sFileAttribute* out) {
+  const QuietPlatform& platform = QuietPlatform::Get();
+  *out = platform.fileAttribute;
+  if (platform.sizeOf != nullptr) out->nFileSize = platform.sizeOf(path);
+  return platform.attributesSucceed ? 1 : 0;
 }
 
-int QUILWifi_getVideoAttribute(char* /*path*/, sVideoAttribute* out) {
-  *out = QuietPlatform::Get().videoAttribute;
-  return QuietPlatform::Get().attributesSucceed ? 1 : 0;
+int QUILWifi_getVideoAttribute(char* path, sVideoAttribute* out) {
+  const QuietPlatform& platform = QuietPlatform::Get();
+  *out = platform.videoAttribute;
+  if (platform.sizeOf != nullptr) out->nFileSize = platform.sizeOf(path);
+  return platform.attributesSucceed ? 1 : 0;
 }
 
 int QUILWifi_getJpegScreennailInfo(char* /*path*/, int* width, int* height, int* offset,

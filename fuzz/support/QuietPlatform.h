@@ -17,6 +17,7 @@ struct QuietPlatform {
   int (*uri)(int index, char** uri) = nullptr;
   int (*fileType)(const char* uri) = nullptr;
   bool attributesSucceed = false;
+  long long (*sizeOf)(const char* path) = nullptr;  // in place of the size in the records below
   sFileAttribute fileAttribute = {};
   sVideoAttribute videoAttribute = {};
   int screennail[4] = {};  // width, height, offset, length

@@ -1,6 +1,9 @@
 #include "UpnpUtil/upnp_log.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <fstream>
@@ -59,6 +62,19 @@ TEST_F(FileLog, AppendsToAFileThatExists) {
   Open(1);
   upnp_log_exit();
   EXPECT_EQ(ContentOf(path_), std::string("old\n") + kInitLine);
+}
+
+TEST_F(FileLog, NeverWaitsForTheReaderOfAFifo) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  Open(1);
+  upnp_log_clear();  // nobody reads: there is no file
+  const int reader = open(path_.c_str(), O_RDONLY | O_NONBLOCK);
+  upnp_log_clear();
+  upnp_log_message(0, 1, "text");
+  char text[16] = {};
+  EXPECT_EQ(read(reader, text, sizeof text), 11);
+  EXPECT_STREQ(text, "SYSTEM:text");
+  close(reader);
 }
 
 TEST_F(FileLog, KnowsItsFileName) {

@@ -1,16 +1,22 @@
 #include "robustness/Card.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
 #include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "robustness/Injection.h"
+#include "support/CardMount.h"
 #include "support/JpegBuilder.h"
 #include "support/Mp4Builder.h"
 
@@ -62,24 +68,107 @@ class Reader {
 
 }  // namespace
 
+namespace {
+
+constexpr char kCardRoot[] = "/mnt/mmc/DCIM";
+
+struct ScanOfKind {
+  const char* name;
+  int sharingMode;
+  void (DirectoryScanner::*scan)(const char* dir, const char* db, int* status);
+};
+const ScanOfKind kScans[] = {{"Folder", 0, &DirectoryScanner::ScanDir},
+                             {"Full", 0, &DirectoryScanner::scanDcf},
+                             {"ObjectOnly", 8, &DirectoryScanner::scanXQDcf},
+                             {"Backup", 6, &DirectoryScanner::scanAutoBackupDcf}};
+const ScanOfKind& Of(ScanKind kind) { return kScans[static_cast<size_t>(kind)]; }
+
+// What the platform shares, the newest first.  Nothing is allocated while a scan asks.
+std::vector<std::string> sharedFiles;
+
+int SharedFile(int index, char** uri) {
+  static char text[64];
+  if (index < 0 || static_cast<size_t>(index) >= sharedFiles.size()) return -1;
+  snprintf(text, sizeof text, "%s", sharedFiles[static_cast<size_t>(index)].c_str());
+  *uri = text;
+  return 0;
+}
+
+int TypeOfFile(const char* uri) {
+  return strstr(uri, "IMGA0001") != nullptr ? DLNA_FILE_TYPE_IMAGE_RAW : DLNA_FILE_TYPE_IMAGE;
+}
+
+long long SizeOfFile(const char* path) {
+  struct stat64 status = {};
+  return fstatat64(AT_FDCWD, path, &status, 0) == 0 ? status.st_size : 0;
+}
+
+// The files of the card that lie where a camera puts them, except the companions of others.
+std::vector<std::string> FilesOnCard() {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kCardRoot)) {
+    const std::string path = entry.path().string();
+    constexpr size_t kShape = sizeof "/mnt/mmc/DCIM/100PHOTO/IMGA0001.JPG" - 1;
+    if (path.size() == kShape && entry.path().extension() != ".KRZ") files.push_back(path);
+  }
+  std::sort(files.rbegin(), files.rend());
+  return files;
+}
+
+}  // namespace
+
+const char* NameOf(ScanKind kind) { return Of(kind).name; }
+
 bool IsSoak() { return getenv("ORXSCAN_SOAK") != nullptr; }
 
-CardTest::CardTest() {
-  QuietPlatform::Reset();
+CardTest::CardTest(ScanKind kind) : kind_(kind) {
   GiveSqliteAFaultyMachine();
-  card_ = temp_.MakeDir("card");
   db_ = temp_.Path("media.db");
+  if (kind == ScanKind::kFolder) {
+    card_ = temp_.MakeDir("card");
+  } else if (CardMount::Problem().empty()) {
+    CardMount::Clear();
+    card_ = kCardRoot;
+  }
+  ResetPlatform();
 }
 
 CardTest::~CardTest() {
   Injection::Disarm();
   DataBaseMgr::DestroyInstance();
   DirectoryScanner::DestroyInstance();
+  DcfFileInfoVector::DestroyInstance();
 }
+
+QuietPlatform& CardTest::ResetPlatform() const {
+  QuietPlatform& platform = QuietPlatform::Reset();
+  platform.sharingMode = Of(kind_).sharingMode;
+  if (card_ != kCardRoot) return platform;
+  sharedFiles = FilesOnCard();
+  platform.fileCount = static_cast<int>(sharedFiles.size());
+  platform.uri = SharedFile;
+  platform.fileType = TypeOfFile;
+  platform.sizeOf = SizeOfFile;
+  platform.attributesSucceed = true;
+  platform.fileAttribute.nWidth = 1024;
+  platform.fileAttribute.nHeight = 768;
+  snprintf(platform.fileAttribute.szDate, sizeof platform.fileAttribute.szDate, "2026-11-21");
+  snprintf(platform.videoAttribute.szDate, sizeof platform.videoAttribute.szDate, "2026-11-21");
+  return platform;
+}
+
+std::string CardTest::Write(const std::string& name, const std::string& content) const {
+  if (card_ != kCardRoot) return temp_.Write("card/" + name, content);
+  CardMount::Write(name, content);
+  return InCard(name);
+}
+
+void CardTest::ForgetList() const { DcfFileInfoVector::DestroyInstance(); }
 
 void CardTest::WriteSmallCard() const {
   Write("100PHOTO/IMGA0001.JPG", JpegBuilder().Description("harbour").Thumbnail(160, 120).Build());
   Write("100PHOTO/IMGA0002.JPG", MakeJpeg(4000, 3000));
+  Write("100PHOTO/IMGA0001.KRZ", MakeJpeg(320, 240));
   Write("101PHOTO/MAHA0001.MP4", SmallFilm());
   Write("101PHOTO/SONG0001.m4a", SmallSong());
   Write("102PHOTO/IMGA0005.JPG", MakeJpeg());
@@ -97,7 +186,7 @@ int CardTest::Scan() const {
   int status = 0;
   if (DirectoryScanner* scanner = DirectoryScanner::GetInstance(); scanner != nullptr) {
     scanner->SetDlnaProfiles(pProfiles);
-    scanner->ScanDir(card_.c_str(), db_.c_str(), &status);
+    (scanner->*Of(kind_).scan)(card_.c_str(), db_.c_str(), &status);
   }
   DirectoryScanner::DestroyInstance();
   return status;
@@ -110,10 +199,13 @@ std::vector<std::string> CardTest::Contents() const {
   std::vector<std::string> contents = reader.Rows(
       "select o.*, ifnull(p.FullPath, o.parentID) as parent from ObjectTable o left join "
       "ObjectTable p on o.parentID = p.id");
-  for (const std::string table : {"ImageTable", "AudioTable", "VideoTable", "ContainerTable"})
+  for (const std::string table : {"ImageTable", "AudioTable", "VideoTable", "ContainerTable"}) {
+    if (reader.Rows("select name from sqlite_master where name = '" + table + "'").empty())
+      continue;  // not in this layout
     for (const std::string& row : reader.Rows("select m.*, o.FullPath as object from " + table +
                                               " m left join ObjectTable o on m.id = o.id"))
       contents.push_back(table + ": " + row);
+  }
   std::sort(contents.begin(), contents.end());
   return contents;
 }

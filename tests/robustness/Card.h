@@ -14,20 +14,27 @@ namespace orx_test {
 // The programs run a short version of these tests, and all of it with ORXSCAN_SOAK set.
 bool IsSoak();
 
+// The four ways to scan a card: the tree, or the list of shared files in one of three layouts.
+enum class ScanKind { kFolder, kFull, kObjectOnly, kBackup };
+const char* NameOf(ScanKind kind);
+constexpr ScanKind kScanKinds[] = {ScanKind::kFolder, ScanKind::kFull, ScanKind::kObjectOnly,
+                                   ScanKind::kBackup};
+
 // A folder of media and a database.  Each test has its own.
 class CardTest : public testing::Test {
  protected:
-  CardTest();
+  explicit CardTest(ScanKind kind = ScanKind::kFolder);
   ~CardTest() override;
 
-  std::string Write(const std::string& name, const std::string& content) const {
-    return temp_.Write("card/" + name, content);
-  }
+  std::string Write(const std::string& name, const std::string& content) const;
   std::string InCard(const std::string& name) const { return card_ + "/" + name; }
   void WriteSmallCard() const;  // five media in three folders, and something else
   // Takes a file and a folder away, changes a file and adds one.
   void ChangeSmallCard() const;
   int Scan() const;  // with a scanner of its own; the status
+  // The platform as it is for the kind of scan, sharing what is on the card.
+  QuietPlatform& ResetPlatform() const;
+  void ForgetList() const;  // of shared files, which some scans keep for the next
 
   // The database, whose integrity is checked, in words that two databases of the same card have in
   // common: the rows of all tables by path, each with its parent's path instead of its id and the
@@ -36,6 +43,7 @@ class CardTest : public testing::Test {
   std::string DatabaseBytes() const;  // empty when there is none
   void RestoreDatabase(const std::string& bytes) const;
 
+  ScanKind kind_;
   TempDir temp_;
   std::string card_;
   std::string db_;

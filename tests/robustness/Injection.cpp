@@ -23,6 +23,7 @@ long strikeAt = 0;
 long calls = 0;
 int armedError = 0;
 bool struck = false;
+void (*cancelNow)() = nullptr;
 
 }  // namespace
 
@@ -35,6 +36,8 @@ void Injection::Arm(Layer layer, long call, Behaviour behaviour, int error) {
   struck = false;
   armed = true;
 }
+
+void Injection::OnCancel(void (*cancel)()) { cancelNow = cancel; }
 
 bool Injection::Disarm() {
   armed = false;
@@ -51,6 +54,10 @@ bool Injection::Strikes(Layer layer) {
   const bool strikes =
       calls == strikeAt || (calls > strikeAt && armedBehaviour == Behaviour::kFailFromThere);
   struck = struck || strikes;
+  if (strikes && armedBehaviour == Behaviour::kCancel) {
+    cancelNow();
+    return false;
+  }
   return strikes;
 }
 

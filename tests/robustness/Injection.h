@@ -17,13 +17,15 @@ enum class Layer {
 enum class Behaviour {
   kFailOnce,
   kFailFromThere,
-  kKill,  // kill -9, in the middle of a write if it is one
+  kKill,    // kill -9, in the middle of a write if it is one
+  kCancel,  // does not fail: what OnCancel was given runs, and the call goes on
 };
 
 class Injection {
  public:
   // From now on; `call` counts from 1.
   static void Arm(Layer layer, long call, Behaviour behaviour, int error = 0);
+  static void OnCancel(void (*cancel)());
   static bool Disarm();  // whether it came to a failure
   static long Calls();   // of the layer since Arm
 

@@ -8,9 +8,11 @@
 #include <random>
 
 #include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "robustness/Card.h"
 #include "robustness/Injection.h"
+#include "support/CardMount.h"
 #include "support/JpegBuilder.h"
 
 namespace orx_test {
@@ -25,16 +27,19 @@ void CountDown(const char* /*line*/) {
   if (--linesLeft == 0) atLine();
 }
 
-class InterruptionTest : public CardTest {
+class InterruptionTest : public CardTest, public testing::WithParamInterface<ScanKind> {
  protected:
-  InterruptionTest() {
+  InterruptionTest() : CardTest(GetParam()) {}
+  void SetUp() override {
+    if (card_.empty()) GTEST_SKIP() << CardMount::Problem();
     WriteSmallCard();
     for (int folder = 200; folder < 200 + folders(); ++folder)
       for (int file = 0; file < kFilesPerFolder; ++file)
         Write(std::to_string(folder) + "PHOTO/IMGA" + std::to_string(1000 + file) + ".JPG",
               MakeJpeg());
   }
-  static int folders() { return IsSoak() ? 30 : 2; }
+  // The platform shares no more than a thousand files, the newest.
+  int folders() const { return IsSoak() ? (kind_ == ScanKind::kFolder ? 30 : 8) : 2; }
   static int moments() { return IsSoak() ? 300 : 30; }
 
   // What a scan begins with, once without a database and once with an older one.
@@ -60,12 +65,17 @@ class InterruptionTest : public CardTest {
     return stages;
   }
 
+  void Restore(const Stage& stage) const {
+    RestoreDatabase(stage.bytes);
+    ForgetList();
+    ResetPlatform();
+  }
+
   std::minstd_rand random_{20261121};
 
  private:
   void Measure(Stage* stage) {
-    RestoreDatabase(stage->bytes);
-    QuietPlatform::Reset();
+    Restore(*stage);
     Injection::Arm(Layer::kDisk, -1, Behaviour::kFailOnce);
     Scan();
     Injection::Disarm();
@@ -75,7 +85,7 @@ class InterruptionTest : public CardTest {
   }
 };
 
-TEST_F(InterruptionTest, AKilledScanLeavesNoRowOfItsOwn) {
+TEST_P(InterruptionTest, AKilledScanLeavesNoRowOfItsOwn) {
   const std::vector<Stage> stages = Stages();
   int killed = 0;
   for (int moment = 0; moment < moments(); ++moment) {
@@ -85,7 +95,7 @@ TEST_F(InterruptionTest, AKilledScanLeavesNoRowOfItsOwn) {
         1 + static_cast<long>(random_() %
                               static_cast<unsigned long>(inWrite ? stage.diskCalls : stage.lines));
     SCOPED_TRACE((inWrite ? "disk call " : "line ") + std::to_string(call));
-    RestoreDatabase(stage.bytes);
+    Restore(stage);
     const pid_t child = fork();
     if (child == 0) {
       if (inWrite) {
@@ -111,22 +121,24 @@ TEST_F(InterruptionTest, AKilledScanLeavesNoRowOfItsOwn) {
   EXPECT_EQ(killed, moments());
 }
 
-TEST_F(InterruptionTest, ACancelledScanIsCompletedByTheNext) {
+TEST_P(InterruptionTest, ACancelledScanIsCompletedByTheNext) {
   const std::vector<Stage> stages = Stages();
   for (int moment = 0; moment < moments(); ++moment) {
     const Stage& stage = stages[static_cast<size_t>(moment % 2)];
     linesLeft = 1 + static_cast<long>(random_() % static_cast<unsigned long>(stage.lines));
     SCOPED_TRACE("line " + std::to_string(linesLeft));
-    RestoreDatabase(stage.bytes);
+    Restore(stage);
     atLine = [] { DirectoryScanner::GetInstance()->CancelScanDirectory(); };
     if (moment % 4 < 2)
       atLine = [] {
         DirectoryScanner::GetInstance()->CancelScanDirectory();
         DataBaseMgr::GetInstance()->CancelInvalidateAllItems();
+        DcfFileInfoVector::GetInstance()->CancelInvalidateAllItems();
       };
-    QuietPlatform::Reset().onLine = CountDown;
+    QuietPlatform::Get().onLine = CountDown;
     Scan();
-    QuietPlatform::Reset();
+    QuietPlatform::Get().onLine = nullptr;
+    ForgetList();  // which would stay cancelled
     // Nothing but rows that a whole scan leaves too, or that were there before.
     for (const std::string& row : Contents()) {
       const bool known = std::binary_search(stage.expected.begin(), stage.expected.end(), row) ||
@@ -137,6 +149,56 @@ TEST_F(InterruptionTest, ACancelledScanIsCompletedByTheNext) {
     ASSERT_EQ(Difference(Contents(), stage.expected), "");
   }
 }
+
+// In the small card, at every call to the machine: between a folder's row and the rows below it,
+// too.
+TEST_P(InterruptionTest, AScanCancelledAtAnyCallIsCompletedByTheNextEvenIfAFolderIsBack) {
+  std::filesystem::rename(InCard("200PHOTO"), temp_.Path("away"));
+  std::filesystem::remove_all(InCard("201PHOTO"));
+  Write("200PHOTO/IMGA1000.JPG", MakeJpeg());
+  Write("200PHOTO/IMGA1001.JPG", MakeJpeg());
+  ForgetList();
+  ResetPlatform();
+  Scan();
+  const std::string bytes = DatabaseBytes();
+  const std::string away = temp_.Path("away2");
+  for (const bool back : {false, true}) {
+    std::filesystem::rename(InCard("200PHOTO"), away);
+    ForgetList();
+    ResetPlatform();
+    Scan();
+    if (back) RestoreDatabase(bytes);  // with the folder, as it is to be in the end
+    const std::vector<std::string> expected = Contents();
+    for (const Layer layer : {Layer::kFiles, Layer::kMemory}) {
+      const long step = layer == Layer::kFiles || IsSoak() ? 1 : 11;
+      bool struck = true;
+      for (long call = 1; struck; call += step) {
+        SCOPED_TRACE("call " + std::to_string(call) + (back ? ", folder back" : ""));
+        RestoreDatabase(bytes);
+        ForgetList();
+        ResetPlatform();
+        Injection::OnCancel([] {
+          if (DataBaseMgr::mpThisInstance != nullptr)
+            DataBaseMgr::mpThisInstance->CancelInvalidateAllItems();
+        });
+        Injection::Arm(layer, call, Behaviour::kCancel);
+        Scan();
+        struck = Injection::Disarm();
+        if (back) std::filesystem::rename(away, InCard("200PHOTO"));
+        ForgetList();
+        ResetPlatform();
+        Scan();
+        EXPECT_EQ(Difference(Contents(), expected), "");
+        if (back) std::filesystem::rename(InCard("200PHOTO"), away);
+        if (HasFailure()) return;
+      }
+    }
+    std::filesystem::rename(away, InCard("200PHOTO"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Scans, InterruptionTest, testing::ValuesIn(kScanKinds),
+                         [](const auto& test) { return std::string(NameOf(test.param)); });
 
 }  // namespace
 }  // namespace orx_test
