@@ -36,8 +36,9 @@ struct sVideoAttribute {
 int __dlog_print(int logId, int priority, const char* tag, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 
-// The sharing mode.  8 and 6 select the two layouts with an object table alone, 2 and 8 share still
-// pictures only; every other value selects the full layout.
+// The sharing mode.  8 and 6 select the two layouts with an object table alone, every other value
+// selects the full one.  2 shares no raw and multi-picture files, nor films of the type
+// DLNA_FILE_TYPE_VIDEO_OTHER; 8 shares still pictures only.  It stays the same during a scan.
 int GetTandemixMode(void);
 
 // The number of shared files, >= 0.
