@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <type_traits>
 #include <vector>
 
+#include "FileScanner/AudioMetaData.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
@@ -22,7 +24,9 @@ using orx_test::ByteSource;
 
 constexpr const char* kTables[] = {"ObjectTable", "ImageTable", "AudioTable", "VideoTable",
                                    "ContainerTable"};
-constexpr const char* kPaths[] = {"/", "/tmp", "/dev/null", "/nowhere/a.JPG", "/nowhere", ""};
+// "/proc/version" is a file of no bytes that can be opened.
+constexpr const char* kPaths[] = {"/",        "/tmp", "/dev/null", "/nowhere/a.JPG",
+                                  "/nowhere", "",     "/proc",     "/proc/version"};
 
 // One cell: a small number, any number, a path of the list, any text, a blob or nothing.
 void Bind(sqlite3_stmt* insert, int parameter, ByteSource* source) {
@@ -37,7 +41,7 @@ void Bind(sqlite3_stmt* insert, int parameter, ByteSource* source) {
       sqlite3_bind_int64(insert, parameter, static_cast<sqlite3_int64>(source->Number()));
       break;
     case 4:
-      sqlite3_bind_text(insert, parameter, kPaths[source->Byte() % 6], -1, SQLITE_STATIC);
+      sqlite3_bind_text(insert, parameter, kPaths[source->Byte() % 8], -1, SQLITE_STATIC);
       break;
     case 5:
     case 6: {
@@ -54,25 +58,47 @@ void Bind(sqlite3_stmt* insert, int parameter, ByteSource* source) {
   }
 }
 
-int Columns(const char* table) {
+std::vector<std::string> Columns(const char* table) {
   sqlite3_stmt* all = nullptr;
   const std::string sql = std::string("select * from ") + table;
   sqlite3_prepare_v2(DataBaseMgr::ppDataBase, sql.c_str(), -1, &all, nullptr);
-  const int count = all != nullptr ? sqlite3_column_count(all) : 0;
+  std::vector<std::string> names;
+  for (int i = 0; i < sqlite3_column_count(all); ++i) names.push_back(sqlite3_column_name(all, i));
   sqlite3_finalize(all);
-  return count;
+  return names;
+}
+
+// One byte for a cell that the lookups and walks go by, so that rows of several tables fit
+// together.
+void BindFitting(sqlite3_stmt* insert, int parameter, const std::string& column,
+                 ByteSource* source) {
+  const int value = source->Byte();
+  if (column == "FullPath")
+    sqlite3_bind_text(insert, parameter, kPaths[value % 8], -1, SQLITE_STATIC);
+  else if (column == "class")
+    sqlite3_bind_int(insert, parameter, value % 5);
+  else if (column == "size")
+    sqlite3_bind_int(insert, parameter, value & 1 ? value : 0);
+  else
+    sqlite3_bind_int(insert, parameter, value % 8);
 }
 
 void InsertRow(ByteSource* source) {
-  const char* table = kTables[source->Byte() % 5];
-  const int columns = Columns(table);
-  if (columns == 0) return;
+  const int what = source->Byte();
+  const char* table = kTables[what % 5];
+  const std::vector<std::string> columns = Columns(table);
+  if (columns.empty()) return;
   std::string sql = std::string("insert or ignore into ") + table + " values (?";
-  for (int i = 1; i < columns; ++i) sql += ",?";
+  for (size_t i = 1; i < columns.size(); ++i) sql += ",?";
   sql += ")";
   sqlite3_stmt* insert = nullptr;
   sqlite3_prepare_v2(DataBaseMgr::ppDataBase, sql.c_str(), -1, &insert, nullptr);
-  for (int i = 1; i <= columns; ++i) Bind(insert, i, source);
+  for (int i = 0; i < static_cast<int>(columns.size()); ++i) {
+    if (what & 128)
+      BindFitting(insert, i + 1, columns[static_cast<size_t>(i)], source);
+    else
+      Bind(insert, i + 1, source);
+  }
   sqlite3_step(insert);
   sqlite3_finalize(insert);
 }
@@ -141,6 +167,8 @@ void ChangeRecord(DataBaseMgr* database, const std::string& text, const char* pa
   record.SetTitle(text.c_str());
   record.SetEXT(text.c_str());
   record.SetSortIndex(path);
+  if constexpr (std::is_same_v<Record, VideoMetaData>)
+    if (text.size() % 2 == 1) record.SetAudioData(new AudioMetaData);
   switch (what / 5 % 6) {
     case 0:
       database->UpdateDBForNewItem(&record, text.c_str());
@@ -208,14 +236,16 @@ void Remove(DataBaseMgr* database, const std::string& text, const char* path, in
 }
 
 void Change(DataBaseMgr* database, const std::string& text, const char* path, int what) {
-  const int detail = what / 4;
-  switch (what % 4) {
+  const int detail = what / 5;
+  switch (what % 5) {
     case 0:
       return Purge(database, path, detail);
     case 1:
       return Remove(database, text, path, detail);
     case 2:
       return ChangeRecord<ImageMetaData>(database, text, path, detail);
+    case 3:
+      return ChangeRecord<AudioMetaData>(database, text, path, detail);
     default:
       return ChangeRecord<VideoMetaData>(database, text, path, detail);
   }
@@ -237,7 +267,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (int steps = 0; steps < 8 && !source.empty(); ++steps) {
     const int what = source.Byte();
     const std::string text = source.Text();
-    const std::string path = what & 128 ? kPaths[text.size() % 6] : text;
+    const std::string path = what & 128 ? kPaths[text.size() % 8] : text;
     Change(database, text, path.c_str(), what & 127);
     LookUp(database, path.c_str(), what & 64 ? "FullPath" : text.c_str());
     Ask(path.c_str(), text);

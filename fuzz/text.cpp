@@ -29,6 +29,7 @@ void Utilities(const char* text, const char* other, unsigned number) {
   longToHexString(static_cast<long>(hexStringToLong(text)), room);
   isRomanNumber(text);
   free(string_to_base64(text));
+  free(string_from_base64(text));
   free(upnp_build_title_from_filename(text));
   free(get_cgi_param(text, other));
   free(make_cache_path(text, other));

@@ -20,7 +20,8 @@ std::vector<char> lent;  // the text that was handed out last
 uint8_t types = 0;
 
 int Uri(int index, char** uri) {
-  const std::string& text = uris[static_cast<size_t>(index)];
+  if (uris.empty()) return -1;
+  const std::string& text = uris[static_cast<size_t>(index) % uris.size()];
   if (text.size() == 1) return -static_cast<int>(static_cast<unsigned char>(text[0]));
   lent.assign(text.c_str(), text.c_str() + text.size() + 1);
   *uri = lent.data();
@@ -40,6 +41,16 @@ std::string NextUri(orx_test::ByteSource* source) {
 template <size_t kSize>
 void Fill(char (&field)[kSize], const std::string& text) {
   memcpy(field, text.data(), text.size() < kSize ? text.size() : kSize);
+}
+
+// A list far longer than the limit, from the same few files again and again, as it grows.
+void ReadLongList(uint8_t growth) {
+  DcfFileInfoVector* list = DcfFileInfoVector::GetInstance();
+  for (const int count : {growth * 9, growth * 9 + 1, 1000, 1000 + growth, 2500, 3, -growth}) {
+    orx_test::QuietPlatform::Get().fileCount = count;
+    list->addToDCFInfoVector();
+    list->isInDirFileNumVector(growth);
+  }
 }
 
 }  // namespace
@@ -64,6 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   platform.uri = Uri;
   platform.fileType = FileType;
 
+  if (scan & 8) ReadLongList(types);
   DirectoryScanner* scanner = DirectoryScanner::GetInstance();
   scanner->SetDlnaProfiles(pProfiles);
   for (int round = 0; round < 3; ++round) {

@@ -32,6 +32,16 @@ std::string Picture(orx_test::TiffOrder order) {
       .Build();
 }
 
+// All the pointers to directories lead to the one that holds the comment.
+std::string WithComment(orx_test::TiffOrder order) {
+  const std::string comment = std::string("ASCII\0\0\0", 8) + "a comment";
+  orx_test::TiffBuilder tiff(order);
+  for (const int pointer : {34665, 34853, 40965}) tiff.Long(static_cast<uint16_t>(pointer), 8);
+  tiff.Data(37510, orx_test::kUndefined, static_cast<uint32_t>(comment.size()), comment);
+  return orx_test::StartOfImage() + orx_test::ExifSegment(tiff.Build()) +
+         orx_test::FrameHeader(640, 480) + orx_test::EndOfImage();
+}
+
 std::string Film() {
   orx_test::Mp4File film;
   film.frames = 5;
@@ -56,6 +66,9 @@ void WriteMedia() {
   const std::string big = Picture(orx_test::TiffOrder::kBig);
   Write("jpeg/little_endian", little);
   Write("jpeg/big_endian", big);
+  for (const orx_test::TiffOrder order : {orx_test::TiffOrder::kLittle, orx_test::TiffOrder::kBig})
+    Write(order == orx_test::TiffOrder::kBig ? "jpeg/comment_big" : "jpeg/comment_little",
+          WithComment(order));
   Write("jpeg/no_exif", JpegBuilder().NoExif().Build());
   Write("mp4/film", Film());
   Write("mp4/song", Song());
@@ -110,6 +123,25 @@ void WriteRows() {
   }
 }
 
+// Rows of all tables that fit together, a folder with one item of each class, and then one purge.
+void WriteFittingRows() {
+  const std::string directory = {'\1', '\0', '\0', '\0', '\6', '\0', '\0', '\0'};
+  constexpr size_t kColumns[] = {24, 18, 31};  // of the tables of pictures, sound and films
+  for (int purge = 0; purge < 8; ++purge) {
+    std::string input = std::string(1, '\0') + '\7' + '\202' + directory;
+    for (char mediaClass = 1; mediaClass <= 3; ++mediaClass) {
+      const char id = static_cast<char>(mediaClass + 1);
+      input += '\202' + std::string(1, id) + mediaClass + '\0' + '\1' + '\7' + '\1' + '\0' + '\0';
+      // The tables' numbers are 1 to 3; the path is the sixth column.
+      const std::string start = {id, '\0', mediaClass, '\0', '\0', '\7'};
+      input += static_cast<char>(130 + mediaClass) + start +
+               std::string(kColumns[mediaClass - 1] - start.size(), '\0');
+    }
+    input += static_cast<char>(128 + 5 * purge) + Counted("111111");  // the path "/proc"
+    Write("rows/purge_" + std::to_string(purge), input);
+  }
+}
+
 void WriteUris() {
   const std::string numbers(24, '\x01');
   for (char scan = 0; scan < 8; ++scan) {
@@ -135,5 +167,6 @@ int main(int argc, char** argv) {
   WriteMedia();
   WriteTexts();
   WriteRows();
+  WriteFittingRows();
   WriteUris();
 }
