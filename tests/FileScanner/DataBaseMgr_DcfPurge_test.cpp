@@ -592,9 +592,9 @@ TYPED_TEST(ObjectTablePurge, LogsNoBreakForACancelAfterTheLastItem) {
 }
 
 TYPED_TEST(ObjectTablePurge, ComparesSizesAsUnsignedNumbers) {
-  ASSERT_EQ(truncate(this->card.Write("a.MP4", "").c_str(), 3000000000), 0);
+  ASSERT_EQ(truncate64(this->card.Write("a.MP4", "").c_str(), 3000000000), 0);
   this->Object(3, "2", 3, this->Path("a.MP4"), "3000000000", 1000001);
-  ASSERT_EQ(truncate(this->card.Write("b.MP4", "").c_str(), 4294967301), 0);
+  ASSERT_EQ(truncate64(this->card.Write("b.MP4", "").c_str(), 4294967301), 0);
   this->Object(4, "2", 3, this->Path("b.MP4"), "4294967301", 1000002);
   this->Share({1, 2});
   this->RunRoot();

@@ -547,7 +547,7 @@ TEST_F(DeleteInvalidItems, NeverKeepsWhatIsNoFileOfBytes) {
 TEST_F(DeleteInvalidItems, ComparesSizesAsUnsignedNumbers) {
   if (sizeof(long) == 4) GTEST_SKIP() << "a picture's size ends at 2 GiB where long has 32 bits";
   for (const std::string name : {"a.JPG", "b.MP4"})
-    ASSERT_EQ(truncate(card.Write(name, "").c_str(), 3000000000), 0);
+    ASSERT_EQ(truncate64(card.Write(name, "").c_str(), 3000000000), 0);
   Image(2, "1", Path("a.JPG"), "3000000000");
   Video(3, "1", Path("b.MP4"), "3000000000");
   Purge();
@@ -555,7 +555,7 @@ TEST_F(DeleteInvalidItems, ComparesSizesAsUnsignedNumbers) {
 }
 
 TEST_F(DeleteInvalidItems, NeverKeepsFilesPast4GiB) {
-  ASSERT_EQ(truncate(card.Write("b.MP4", "").c_str(), 4294967301), 0);
+  ASSERT_EQ(truncate64(card.Write("b.MP4", "").c_str(), 4294967301), 0);
   Video(2, "1", Path("b.MP4"), "4294967301");
   Video(3, "1", card.Write("c.MP4", "12345"), "4294967301");  // the low 32 bits alone are equal
   Purge();

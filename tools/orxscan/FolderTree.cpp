@@ -17,7 +17,7 @@ enum EntryType { kFolder = 0, kFile = 1, kUnknown = -1 };
 
 struct Identity {
   dev_t device;
-  ino_t inode;
+  ino64_t inode;
 };
 
 class Walk {
@@ -25,8 +25,8 @@ class Walk {
   explicit Walk(const std::string& databasePath) : database_(databasePath) {}
 
   void Folder(const std::string& path) {
-    struct stat status = {};
-    if (stat(path.c_str(), &status) != 0 || IsAbove(status)) return;
+    struct stat64 status = {};
+    if (stat64(path.c_str(), &status) != 0 || IsAbove(status)) return;
     if (path.size() > kLongestFolder) {
       files_.push_back({path, false});
       return;
@@ -54,7 +54,7 @@ class Walk {
     }
   }
 
-  bool IsAbove(const struct stat& status) const {
+  bool IsAbove(const struct stat64& status) const {
     return std::any_of(above_.begin(), above_.end(), [&](const Identity& folder) {
       return folder.device == status.st_dev && folder.inode == status.st_ino;
     });
