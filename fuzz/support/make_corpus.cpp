@@ -99,6 +99,7 @@ void WriteTexts() {
   Write("text/path", number + Counted("DSC00001.JPG") + "/mnt/mmc/DCIM/100PHOTO/DSC00001.JPG");
   Write("text/time", number + Counted("id") + "01:02:03:004");
   Write("text/request", number + Counted("id") + "/item?id=17&size=large");
+  Write("text/base64", number + Counted("*") + "aGFyYm91cg==");
   Write("text/number", number + Counted("*") + "FFEE17");
 }
 
