@@ -10,6 +10,7 @@
 #include "FileScanner/PreviewNames.h"
 #include "FileScanner/SqlStatement.h"
 #include "FileScanner/VideoMetaData.h"
+#include "FileScanner/WriteTransaction.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXLog.h"
 
@@ -189,6 +190,7 @@ void DataBaseMgr::InsertMetaData2(MediaMetaData* record) {
 void DataBaseMgr::InsertInBothTables(MediaMetaData* record,
                                      int (DataBaseMgr::*insertPhoto)(const MediaMetaData*)) {
   if (record == nullptr) return;
+  orx::WritePair pair(this);
   const Guard guard(this);
   InsertMediaInObjTbl(record);
   switch (orx::MediaClassOf(*record)) {

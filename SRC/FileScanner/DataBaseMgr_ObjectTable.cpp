@@ -210,8 +210,10 @@ void DataBaseMgr::DeleteItemFromDBWithId(const TChar* id) {
 // A class that no table stands for keeps its row in the object table as well.
 int DataBaseMgr::RemoveIdFromTables(const char* id, int mediaClass) {
   if (id == nullptr || mediaClass < 0 || mediaClass >= kMediaClassCount) return 0;
+  orx::WritePair pair(this);
   Run(SqlStatement(kDeleteMedium[mediaClass]).Id(id));
-  return Run(SqlStatement(kDeleteObject).Id(id));
+  const int removed = Run(SqlStatement(kDeleteObject).Id(id));
+  return pair.End() ? removed : 0;
 }
 
 void DataBaseMgr::RemoveIdFromObjectTable(const char* id) try {

@@ -27,6 +27,16 @@ bool WriteTransaction::End() noexcept {
   return false;
 }
 
+bool WriteTransaction::IsOpen(const DataBaseMgr& database) noexcept {
+  return database.writing_ != DataBaseMgr::Writing::kPlain ||
+         sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0;
+}
+
+WritePair::WritePair(DataBaseMgr* database) {
+  if (DataBaseMgr::ppDataBase != nullptr && !WriteTransaction::IsOpen(*database))
+    transaction_.emplace(database);
+}
+
 void RevocableRemoval::Begin() noexcept {
   if (begun_ || database_.writing_ != DataBaseMgr::Writing::kInTransaction) return;
   begun_ = database_.ExecSqlStatmentNoValueReturn("SAVEPOINT RemovedFolder;") == 1;

@@ -1,6 +1,8 @@
 // What belongs together in the database comes together or not at all.
 #pragma once
 
+#include <optional>
+
 class DataBaseMgr;
 
 namespace orx {
@@ -23,7 +25,21 @@ class WriteTransaction {
   bool End() noexcept;  // true when all that was written is there to stay
 
  private:
+  friend class WritePair;
+  static bool IsOpen(const DataBaseMgr& database) noexcept;  // one of the library's or the host's
+
   DataBaseMgr* database_;
+};
+
+// A WriteTransaction of its own where there is none yet, neither a scan's nor the host's: for the
+// rows of one item, which stand in two tables.
+class WritePair {
+ public:
+  explicit WritePair(DataBaseMgr* database);
+  bool End() noexcept { return !transaction_ || transaction_->End(); }  // as WriteTransaction's
+
+ private:
+  std::optional<WriteTransaction> transaction_;
 };
 
 // The removal of a folder in a scan.  Its row goes before the rows below it, and a cancel in
