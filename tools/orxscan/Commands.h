@@ -24,5 +24,6 @@ Command AddBackupListCommand(CLI::App* parent);
 Command AddDumpCommand(CLI::App* parent);
 Command AddCheckCommand(CLI::App* parent);
 Command AddDiffCommand(CLI::App* parent);
+Command AddSheetCommand(CLI::App* parent);
 
 }  // namespace orxscan

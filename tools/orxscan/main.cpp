@@ -39,7 +39,7 @@ int Run(int argc, char** argv) {
       AddScanCommand(&app),  AddCardCommand(&app),       AddRegisterCommand(&app),
       AddInfoCommand(&app),  AddShowCommand(&app),       AddQueryCommand(&app),
       AddShareCommand(&app), AddBackupListCommand(&app), AddDumpCommand(&app),
-      AddCheckCommand(&app), AddDiffCommand(&app)};
+      AddCheckCommand(&app), AddDiffCommand(&app),       AddSheetCommand(&app)};
   const auto isFirstArgument = [&](const Command& command) {
     return command.app->get_name() == argv[1];
   };

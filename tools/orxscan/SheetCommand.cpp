@@ -1,0 +1,126 @@
+// orxscan sheet DB OUT.html
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+
+#include "Commands.h"
+#include "DatabaseFile.h"
+#include "Html.h"
+#include "MediaFile.h"
+#include "NewFile.h"
+#include "Output.h"
+#include "Paths.h"
+#include "SheetItems.h"
+#include "SheetPage.h"
+#include "SheetThumbnails.h"
+
+namespace orxscan {
+namespace {
+
+struct Options {
+  std::string database;
+  std::string page;
+  std::string card;
+  bool beside = false;
+  bool force = false;
+};
+
+bool SameFile(const struct stat64& status, const std::string& path) {
+  struct stat64 other = {};
+  return stat64(path.c_str(), &other) == 0 && other.st_dev == status.st_dev &&
+         other.st_ino == status.st_ino;
+}
+
+bool IsSheet(const std::string& path) {
+  const auto length = static_cast<long long>(strlen(kSheetSignature));
+  return MediaFile(path).Read(0, length) == kSheetSignature;
+}
+
+// Where the page goes: what is there already has to be a page as well.  Throws a Failure.
+std::string PagePath(const Options& options, const DatabaseFile& database) {
+  if (options.page.empty()) throw Failure("the name of the page is empty");
+  std::string path = std::filesystem::absolute(options.page).string();
+  const std::string name = Quoted(options.page);
+  struct stat64 status = {};
+  if (stat64(path.c_str(), &status) != 0) {
+    if (errno != ENOENT) throw Failure("page {}: {}", name, strerror(errno));
+    if (path.back() == '/') throw Failure("page {}: this is the name of a folder", name);
+    return path;
+  }
+  if (S_ISDIR(status.st_mode)) throw Failure("page {} is a folder", name);
+  if (!S_ISREG(status.st_mode)) throw Failure("page {} is not a regular file", name);
+  if (SameFile(status, database.path())) throw Failure("page {} is the database", name);
+  if (!options.force && status.st_size != 0 && !IsSheet(path))
+    throw Failure("{} is there and not a page of this command; --force replaces it", name);
+  std::error_code error;  // behind a link, so that the link stays
+  const std::filesystem::path canonical = std::filesystem::canonical(path, error);
+  return error ? path : canonical.string();
+}
+
+void PrintSummary(const Options& options, const Sheet& sheet, const SheetThumbnails& thumbnails) {
+  long long items = 0;
+  std::map<Mark, long long> marks;
+  for (const SheetFolder& folder : sheet.folders)
+    for (const SheetItem& item : folder.items) {
+      ++items;
+      for (const Mark mark : item.marks) ++marks[mark];
+    }
+  fmt::print("Wrote {}: {} in {}, {} ({})\n", Printable(options.page),
+             Counted(items, "item", "items"),
+             Counted(static_cast<long long>(sheet.folders.size()), "folder", "folders"),
+             Counted(thumbnails.count(), "thumbnail", "thumbnails"), SizeText(thumbnails.bytes()));
+  for (const auto& [mark, count] : marks) fmt::print("  {}: {}\n", MarkLabel(mark), count);
+}
+
+int MakeSheet(const Options& options) {
+  const DatabaseFile database(options.database);
+  const std::string card = options.card.empty() ? "" : CheckedFolder(options.card);
+  const std::string path = PagePath(options, database);
+  NewFile page("page", path);
+
+  Sheet sheet;
+  sheet.database = FileName(database.path());
+  sheet.layout = Described(database.layout());
+  sheet.folders = InDisplayOrder(ReadSheetRows(database));
+  std::string beside;
+  if (options.beside) {
+    const std::filesystem::path whole(path);
+    sheet.besideAs = whole.stem().string() + "_thumbnails";
+    beside = (whole.parent_path() / sheet.besideAs).string();
+  }
+  SheetThumbnails thumbnails(beside, card);
+  for (SheetFolder& folder : sheet.folders)
+    for (SheetItem& item : folder.items) item.hasThumbnail = thumbnails.Examine(&item);
+  WriteSheet(sheet, thumbnails, &page);
+  page.Finish();
+  thumbnails.RemoveOld();
+  PrintSummary(options, sheet, thumbnails);
+  return kDone;
+}
+
+}  // namespace
+
+Command AddSheetCommand(CLI::App* parent) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* app =
+      parent->add_subcommand("sheet", "Show what is in a database as a page to look at");
+  app->add_option("DB", options->database, "the database")->required();
+  app->add_option("OUT.html", options->page,
+                  "the page; an earlier page of this command is replaced, no other file")
+      ->required();
+  app->add_option("--card", options->card,
+                  "the card's folder, for a database that names files below /mnt/mmc")
+      ->type_name("FOLDER");
+  app->add_flag("--thumbnails-beside", options->beside,
+                "write the thumbnails into the folder OUT_thumbnails, not into the page");
+  app->add_flag("--force", options->force, "replace whatever file has the name of the page");
+  app->footer("Example: orxscan sheet media.db media.html");
+  return {app, [options] { return MakeSheet(*options); }};
+}
+
+}  // namespace orxscan
