@@ -5,8 +5,8 @@ It exports what cmake/exports.txt lists and nothing else; the list holds every o
 installed headers declare; and what it leaves to the program is what Platform/CameraPlatform.h
 declares.
 
-usage: check_exports.py LIBRARY HEADER_FOLDER LIST
-       check_exports.py --renew ARCHIVE HEADER_FOLDER LIST   (writes LIST anew, from liborxscan.a)
+usage: check_exports.py LIBRARY HEADER_FOLDER LIST           (liborxscan.a lies beside LIBRARY)
+       check_exports.py --renew LIBRARY HEADER_FOLDER LIST   (writes LIST anew)
 """
 import pathlib
 import re
@@ -105,11 +105,17 @@ def is_declared(symbol, names, class_names):
     return special.group(1) in class_names if special else qualified_name(symbol) in names
 
 
-def renew(archive, folder, list_path):
+def declared_symbols(library, folder):
+    """What the list should hold: the symbols of the archive, hidden or not, that are declared."""
     names, class_names = declared_interface(folder)
+    archive = library.with_name("liborxscan.a")
     found = {line.split(None, 2)[2] for line in symbols(archive, "--extern-only", "--defined-only")}
-    kept = sorted(symbol for symbol in found if is_declared(symbol, names, class_names))
+    return {symbol for symbol in found if is_declared(symbol, names, class_names)}
+
+
+def renew(library, folder, list_path):
     head = [line for line in list_path.read_text().splitlines() if line.startswith("#")]
+    kept = sorted(declared_symbols(library, folder))
     list_path.write_text("\n".join(head + kept) + "\n")
     print(f"{len(kept)} symbols")
     return 0
@@ -123,17 +129,19 @@ def report(title, names):
 
 def main():
     if sys.argv[1] == "--renew":
-        return renew(sys.argv[2], pathlib.Path(sys.argv[3]), pathlib.Path(sys.argv[4]))
-    library, folder, list_path = sys.argv[1], pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3])
+        return renew(*map(pathlib.Path, sys.argv[2:5]))
+    library, folder, list_path = map(pathlib.Path, sys.argv[1:4])
     listed = {line for line in list_path.read_text().splitlines() if not line.startswith("#")}
     exported = exported_symbols(library)
     names, class_names = declared_interface(folder)
-    listed_names = {qualified_name(symbol) for symbol in listed}
 
     want, have = comparable(listed, library), comparable(exported, library)
     failed = report("added: exported, but not in the list", have - want)
     failed |= report("removed: in the list, but not exported", want - have)
-    failed |= report("declared in a header, but not in the list", names - listed_names)
+    declared = comparable(declared_symbols(library, folder), library)
+    failed |= report("declared in a header, but not in the list", declared - want)
+    failed |= report("declared in a header, but nowhere defined",
+                     names - {qualified_name(symbol) for symbol in declared})
     failed |= report("in the list, but declared in no header",
                      {s for s in listed if not is_declared(s, names, class_names)})
     unique = [line for line in symbols(library, "-D", "--defined-only") if " u " in line]
@@ -141,14 +149,14 @@ def main():
 
     platform = strip_comments((folder / "Platform/CameraPlatform.h").read_text())
     platform = re.sub(r"__attribute__\(\(.*?\)\)\)", "", platform)
-    declared = set(re.findall(r"^[\w ]+?\b(\w+)\(", platform, re.M)) - {"static_assert"}
+    promised = set(re.findall(r"^[\w ]+?\b(\w+)\(", platform, re.M)) - {"static_assert"}
     needed = {line.split(None, 1)[1] for line in symbols(library, "-D", "--undefined-only")}
     needed = {name for name in needed if "@" not in name and not RUNTIME.fullmatch(name)}
-    failed |= report("asked of the program, but not declared as the platform's", needed - declared)
-    failed |= report("declared as the platform's, but never called", declared - needed)
+    failed |= report("asked of the program, but not declared as the platform's", needed - promised)
+    failed |= report("declared as the platform's, but never called", promised - needed)
     if failed:
         print("When the interface is meant to change, renew the list: check_exports.py --renew",
-              "BUILD/liborxscan.a SRC cmake/exports.txt")
+              "BUILD/liborxscan.so SRC cmake/exports.txt")
         return 1
     print(f"{len(exported)} symbols exported, {len(needed)} asked of the platform, as listed")
     return 0
