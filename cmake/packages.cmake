@@ -1,6 +1,5 @@
 # Debian packages, one a component: liborxscan1, liborxscan-dev and orxscan.  scripts/package makes
 # them; "cpack" in a build folder does as well.
-
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orxscan)
 set(CPACK_PACKAGE_VENDOR "orxscan developers")
@@ -8,6 +7,7 @@ set(CPACK_PACKAGE_CONTACT "orxscan developers <orxscan@localhost>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package's is the first line of its description
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_COMPONENTS_ALL runtime devel)
 if(TARGET orxscan_command)
@@ -18,6 +18,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(runtime_package liborxscan${PROJECT_VERSION_MAJOR})
@@ -26,25 +28,28 @@ set(command_package orxscan)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "media indexing for DLNA servers - shared library
- Records the pictures, films and sounds of a memory card in an SQLite database,
- with their metadata and DLNA profiles.  The program that loads the library
- supplies the functions of its platform.")
+Records the pictures, films and sounds of a memory card in an SQLite database,
+with their metadata and DLNA profiles.  The program that loads the library
+supplies the functions of its platform.")
+
+if(CMAKE_LIBRARY_ARCHITECTURE AND CMAKE_INSTALL_LIBDIR MATCHES "/${CMAKE_LIBRARY_ARCHITECTURE}$")
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
+endif()
 
 set(CPACK_DEBIAN_DEVEL_PACKAGE_NAME ${devel_package})
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION}), libsqlite3-dev")
 set(CPACK_COMPONENT_DEVEL_DESCRIPTION "media indexing for DLNA servers - development files
- Headers, static libraries, the platform functions of a Linux PC, the CMake
- package and the pkg-config files.")
+Headers, static libraries, the platform functions of a Linux PC, the CMake
+package and the pkg-config files.")
 
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME ${command_package})
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "media indexing for DLNA servers - command
- Scans folders and memory cards into a media database, and shows, queries and
- checks what it holds.")
+Scans folders and memory cards into a media database, and shows, queries and
+checks what it holds.")
 
 # The dynamic linker's cache is renewed when the library comes and goes.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
