@@ -48,5 +48,14 @@ endforeach()
 
 if(TARGET orxscan_command)
   install(TARGETS orxscan_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
-  install(FILES tools/orxscan/orxscan.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
+  # Manuals are installed compressed, as distributions have them.
+  set(page ${PROJECT_SOURCE_DIR}/tools/orxscan/orxscan.1)
+  find_program(GZIP_PROGRAM gzip)
+  if(GZIP_PROGRAM)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${page})
+    execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${page}
+                    OUTPUT_FILE ${PROJECT_BINARY_DIR}/orxscan.1.gz)
+    set(page ${PROJECT_BINARY_DIR}/orxscan.1.gz)
+  endif()
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
 endif()

@@ -59,6 +59,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/trig
 file(WRITE ${PROJECT_BINARY_DIR}/debian/copyright "Copyright 2026 the orxscan developers\n")
 find_program(GZIP_PROGRAM gzip)
 if(GZIP_PROGRAM)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
   execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md
                   OUTPUT_FILE ${PROJECT_BINARY_DIR}/debian/changelog.gz)
 endif()
