@@ -1,6 +1,10 @@
 // Names and entries of a card that a stranger made.
+#include <fcntl.h>
+#include <linux/capability.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -9,7 +13,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "FileScanner/DirectoryScanner.h"
 #include "robustness/Card.h"
+#include "support/CardMount.h"
 #include "support/JpegBuilder.h"
 
 namespace orx_test {
@@ -124,6 +130,112 @@ TEST_F(HostileNamesTest, OfLinksToFoldersAboveDoNotMultiplyTheWalk) {
   EXPECT_EQ(Rows(contents, InCard("a/b/c/IMGA0001.JPG")), 2);
   EXPECT_LT(contents.size(), 12u);
 }
+
+TEST_F(HostileNamesTest, OfFoldersAreRecordedUpToTheLongestPath) {
+  std::string above = "f";
+  while (InCard(above).size() < 400) above += "/" + std::string(40, 'd');
+  const size_t room = 510 - InCard(above).size() - 1;
+  for (size_t length = room - 1; length <= room + 3; ++length)
+    std::filesystem::create_directories(InCard(above) + "/" + std::string(length, 'n'));
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  ScanTwice();
+  const std::vector<std::string> contents = Contents();
+  for (size_t length = room - 1; length <= room + 3; ++length)
+    EXPECT_EQ(Rows(contents, InCard(above) + "/" + std::string(length, 'n')),
+              length <= room + 1 ? 1 : 0)  // one more character, and the folder is not walked
+        << length;
+  EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
+}
+
+// Takes the privilege of reading everything away from this process, which may be root's.
+class NoPrivilege {
+ public:
+  NoPrivilege() {
+    syscall(SYS_capget, &header_, before_);
+    __user_cap_data_struct without[2] = {before_[0], before_[1]};
+    without[0].effective &= ~(1u << CAP_DAC_OVERRIDE | 1u << CAP_DAC_READ_SEARCH);
+    syscall(SYS_capset, &header_, without);
+  }
+  ~NoPrivilege() { syscall(SYS_capset, &header_, before_); }
+  NoPrivilege(const NoPrivilege&) = delete;
+  NoPrivilege& operator=(const NoPrivilege&) = delete;
+
+ private:
+  __user_cap_header_struct header_ = {_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct before_[2] = {};
+};
+
+TEST_F(HostileNamesTest, OfUnreadableFilesAndFoldersLeaveNoRow) {
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  const std::string file = Write("100PHOTO/SECRET.JPG", MakeJpeg());
+  Write("101PHOTO/IMGA0002.JPG", MakeJpeg());
+  Scan();  // while they can be read
+  chmod(file.c_str(), 0);
+  chmod(InCard("101PHOTO").c_str(), 0);
+  {
+    const NoPrivilege noPrivilege;
+    if (std::ifstream(file).is_open())
+      GTEST_SKIP() << "this machine lets the process read everything";
+    ScanTwice();
+  }
+  const std::vector<std::string> contents = Contents();
+  EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
+  EXPECT_EQ(Rows(contents, file), 0);
+  EXPECT_EQ(Rows(contents, InCard("101PHOTO")), 0);
+  EXPECT_EQ(Rows(contents, InCard("101PHOTO/IMGA0002.JPG")), 0);
+  chmod(InCard("101PHOTO").c_str(), 0700);
+}
+
+TEST_F(HostileNamesTest, OfDeviceNodesArePassedOver) {
+  Write("IMGA0001.JPG", MakeJpeg());
+  if (mknod(InCard("zero.JPG").c_str(), S_IFCHR | 0600, makedev(1, 5)) != 0)
+    GTEST_SKIP() << "this process may not make device nodes";
+  ScanTwice();
+  EXPECT_EQ(Rows(Contents(), InCard("IMGA0001.JPG")), 2);
+  EXPECT_EQ(Rows(Contents(), InCard("zero.JPG")), 0);
+}
+
+TEST_F(HostileNamesTest, OfAFifoAreRefusedByTheOperationsOnOneFile) {
+  const std::string fifo = InCard("fifo.JPG");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  DirectoryScanner* scanner = DirectoryScanner::GetInstance();
+  EXPECT_EQ(scanner->ParseAndRegisterFile(db_.c_str(), fifo.c_str(), nullptr), -1);
+  EXPECT_EQ(scanner->ParseAndGetFileInfo(fifo.c_str()), nullptr);
+}
+
+// The shared files of a card, with what is no file among them.
+class SharedNamesTest : public CardTest, public testing::WithParamInterface<ScanKind> {
+ protected:
+  SharedNamesTest() : CardTest(GetParam()) {}
+  void SetUp() override {
+    if (card_.empty()) GTEST_SKIP() << CardMount::Problem();
+  }
+};
+
+TEST_P(SharedNamesTest, OfWhatIsNoFileCostNoNeighbourItsRows) {
+  Write("100PHOTO/IMGA0002.JPG", MakeJpeg());
+  ResetPlatform();
+  Scan();
+  const std::vector<std::string> alone = Contents();
+  const std::string folder = InCard("100PHOTO/");
+  ASSERT_EQ(mkfifo((folder + "FIFO0003.JPG").c_str(), 0600), 0);
+  std::filesystem::create_symlink("/dev/zero", folder + "ZERO0004.JPG");
+  std::filesystem::create_symlink("/nowhere", folder + "GONE0005.JPG");
+  std::filesystem::create_symlink("LOOP0006.JPG", folder + "LOOP0006.JPG");
+  for (int scan = 0; scan < 2; ++scan) {
+    ForgetList();
+    ResetPlatform();
+    Scan();
+    const std::vector<std::string> all = Contents();
+    EXPECT_TRUE(std::includes(all.begin(), all.end(), alone.begin(), alone.end()));
+    if (kind_ != ScanKind::kFull) {  // which registers what the platform shares, unopened
+      EXPECT_EQ(Difference(all, alone), "");
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Scans, SharedNamesTest, testing::ValuesIn(kScanKinds),
+                         [](const auto& test) { return std::string(NameOf(test.param)); });
 
 // The file that changes when the scan is about to read it.
 std::string movingFile;
