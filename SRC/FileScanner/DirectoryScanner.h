@@ -2,9 +2,9 @@
 //
 // One instance in the process, used on one thread; only CancelScanDirectory may be called from
 // another.  A scan opens the database, works in one transaction and closes the database again.  The
-// caller sets `*status` to 0; a scan sets it to 1 when it added the top folder or a file (ScanDir:
-// a file directly in it), not when it removed rows or added some further below.  Paths are
-// terminated UTF-8; new texts are released with ORXMemory::Free.
+// caller sets `*status` to 0 or passes null; a scan sets it to 1 when it added the top folder or a
+// file (ScanDir: a file directly in it), not when it removed rows or added some further below.
+// Paths are terminated UTF-8; new texts are released with ORXMemory::Free.
 #pragma once
 
 #include <atomic>

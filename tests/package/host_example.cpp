@@ -16,10 +16,8 @@ int main(int argc, char** argv) {
 
   DirectoryScanner* scanner = DirectoryScanner::GetInstance();
   scanner->SetDlnaProfiles(pProfiles);
-  int changed = 0;
-  scanner->ScanDir(argv[1], argv[2], &changed);  // another thread may CancelScanDirectory()
+  scanner->ScanDir(argv[1], argv[2], nullptr);  // another thread may CancelScanDirectory()
   DirectoryScanner::DestroyInstance();
-  printf("%s\n", changed != 0 ? "the database was brought up to date" : "nothing new");
 
   sqlite3* database = nullptr;
   if (sqlite3_open_v2(argv[2], &database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) return 1;
