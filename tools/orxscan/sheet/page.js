@@ -171,7 +171,7 @@
     timer = setTimeout(apply, 120);
   }
   function reset() {
-    filters.reset();
+    HTMLFormElement.prototype.reset.call(filters);  // the button is called reset, too
     apply();
     search.focus();
   }
