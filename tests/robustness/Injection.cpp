@@ -209,6 +209,13 @@ using orx_test::Layer;
 
 // ---- the library's calls, redirected by the linker ----
 
+#ifdef __USE_TIME_BITS64  // the C library's names where numbers have 32 bits and times 64
+#define __wrap_fstat64 __wrap___fstat64_time64
+#define __real_fstat64 __real___fstat64_time64
+#define __wrap_stat64 __wrap___stat64_time64
+#define __real_stat64 __real___stat64_time64
+#endif
+
 extern "C" {
 
 // NOLINTBEGIN: the names are the linker's
