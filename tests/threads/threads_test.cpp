@@ -1,5 +1,7 @@
 // Cancels scans from a second thread, as a host does; ThreadSanitizer ends the program when that is
 // not clean.
+#include <sys/stat.h>
+
 #include <atomic>
 #include <cstdio>
 #include <string>
@@ -9,6 +11,7 @@
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "fuzz/support/QuietPlatform.h"
+#include "support/CardMount.h"
 #include "support/JpegBuilder.h"
 #include "support/TempDir.h"
 
@@ -38,8 +41,10 @@ void Cancel(DirectoryScanner* scanner, DataBaseMgr* database, DcfFileInfoVector*
   cancelled.store(true, std::memory_order_release);
 }
 
+using Scan = void (DirectoryScanner::*)(const char* dir, const char* db, int* status);
+
 // The rows that a scan, cancelled at a line, leaves.
-int CancelledScan(const std::string& card, const std::string& db, long line) {
+int CancelledScan(Scan scan, const std::string& card, const std::string& db, long line) {
   cancelAt = line;
   lines = 0;
   cancelled = over = false;
@@ -47,7 +52,7 @@ int CancelledScan(const std::string& card, const std::string& db, long line) {
   scanner->SetDlnaProfiles(pProfiles);
   std::thread other(Cancel, scanner, DataBaseMgr::GetInstance(), DcfFileInfoVector::GetInstance());
   int status = 0;
-  scanner->ScanDir(card.c_str(), db.c_str(), &status);
+  (scanner->*scan)(card.c_str(), db.c_str(), &status);
   over = true;
   other.join();
   DirectoryScanner::DestroyInstance();
@@ -61,20 +66,67 @@ int CancelledScan(const std::string& card, const std::string& db, long line) {
   return rows;
 }
 
+constexpr int kFiles = 60;
+
+// Each scan, cancelled a little later than the one before, adds to the rows.
+bool RowsGrow(const char* name, Scan scan, const std::string& card, const std::string& db) {
+  int before = 0;
+  for (long line = 12; line < 200; line += 20) {
+    const int rows = CancelledScan(scan, card, db, line);
+    printf("%s cancelled at line %ld: %d rows\n", name, line, rows);
+    if (rows < before || rows > 2 + kFiles) return false;  // the folders have rows, too
+    before = rows;
+  }
+  return before > 0;
+}
+
+int SharedFile(int index, char** uri) {
+  static char text[64];
+  snprintf(text, sizeof text, "/mnt/mmc/DCIM/100PHOTO/IMGA%d.JPG", 1000 + kFiles - 1 - index);
+  *uri = text;
+  return 0;
+}
+
+long long SizeOfFile(const char* path) {
+  struct stat status = {};
+  return stat(path, &status) == 0 ? status.st_size : 0;
+}
+
+bool CardScansAreClean(const orx_test::TempDir& directory) {
+  orx_test::QuietPlatform& platform = orx_test::QuietPlatform::Get();
+  platform.fileCount = kFiles;
+  platform.uri = SharedFile;
+  platform.sizeOf = SizeOfFile;
+  platform.attributesSucceed = true;
+  for (int file = 0; file < kFiles; ++file)
+    orx_test::CardMount::Write("100PHOTO/IMGA" + std::to_string(1000 + file) + ".JPG",
+                               orx_test::MakeJpeg());
+  const char* const card = "/mnt/mmc/DCIM";
+  const bool full =
+      RowsGrow("full scan", &DirectoryScanner::scanDcf, card, directory.Path("full.db"));
+  platform.sharingMode = 8;
+  const bool objectOnly =
+      RowsGrow("object-only scan", &DirectoryScanner::scanXQDcf, card, directory.Path("object.db"));
+  platform.sharingMode = 6;
+  const bool backup = RowsGrow("backup scan", &DirectoryScanner::scanAutoBackupDcf, card,
+                               directory.Path("backup.db"));
+  return full && objectOnly && backup;
+}
+
 }  // namespace
 
 int main() {
-  constexpr int kFiles = 60;
+  orx_test::CardMount::Enter();
   const orx_test::TempDir directory;
   for (int file = 0; file < kFiles; ++file)
     directory.Write("card/IMGA" + std::to_string(1000 + file) + ".JPG", orx_test::MakeJpeg());
   orx_test::QuietPlatform::Get().onLine = Wait;
-  int before = 0;
-  for (long line = 12; line < 200; line += 20) {
-    const int rows = CancelledScan(directory.Path("card"), directory.Path("media.db"), line);
-    printf("cancelled at line %ld: %d rows\n", line, rows);
-    if (rows < before || rows > 1 + kFiles) return 1;  // the folder has a row, too
-    before = rows;
+  if (!RowsGrow("folder scan", &DirectoryScanner::ScanDir, directory.Path("card"),
+                directory.Path("media.db")))
+    return 1;
+  if (!orx_test::CardMount::Problem().empty()) {
+    printf("scans of shared files are left out: %s\n", orx_test::CardMount::Problem().c_str());
+    return 0;
   }
-  return 0;
+  return CardScansAreClean(directory) ? 0 : 1;
 }
