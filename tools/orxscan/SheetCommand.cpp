@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "DatabaseDiff.h"
 #include "DatabaseFile.h"
 #include "Html.h"
 #include "MediaFile.h"
@@ -26,6 +27,7 @@ struct Options {
   std::string database;
   std::string page;
   std::string card;
+  std::string before;  // empty: none
   bool beside = false;
   bool force = false;
 };
@@ -62,6 +64,36 @@ std::string PagePath(const Options& options, const DatabaseFile& database) {
   return error ? path : canonical.string();
 }
 
+// Marks what was added and changed since the database `before`, and adds what was removed.
+void MarkDifferences(const DatabaseFile& before, const DatabaseFile& after, SheetRows* rows) {
+  const DatabaseDiff diff = Compare(before, after);
+  std::map<std::string, Mark> marks;
+  for (const ObjectDiff& object : diff.added) marks.emplace(object.path, Mark::kAdded);
+  for (const ObjectDiff& object : diff.changed) marks.emplace(object.path, Mark::kChanged);
+  const auto apply = [&marks](auto* marked) {
+    const auto found = marks.find(marked->path);
+    if (found != marks.end()) marked->marks.insert(marked->marks.begin(), found->second);
+  };
+  for (SheetFolder& folder : rows->folders) apply(&folder);
+  for (SheetItem& item : rows->items) apply(&item);
+
+  std::map<std::string, bool> removed;
+  for (const ObjectDiff& object : diff.removed) removed.emplace(object.path, true);
+  SheetRows earlier = ReadSheetRows(before);
+  for (SheetFolder& folder : earlier.folders) {
+    if (removed.count(folder.path) == 0) continue;
+    folder.id = 0;  // its id may belong to something else by now
+    folder.marks = {Mark::kRemoved};
+    rows->folders.push_back(std::move(folder));
+  }
+  for (SheetItem& item : earlier.items) {
+    if (removed.count(item.path) == 0) continue;
+    item.folderId.clear();  // found by its path
+    item.marks.insert(item.marks.begin(), Mark::kRemoved);
+    rows->items.push_back(std::move(item));
+  }
+}
+
 void PrintSummary(const Options& options, const Sheet& sheet, const SheetThumbnails& thumbnails) {
   long long items = 0;
   std::map<Mark, long long> marks;
@@ -86,7 +118,13 @@ int MakeSheet(const Options& options) {
   Sheet sheet;
   sheet.database = FileName(database.path());
   sheet.layout = Described(database.layout());
-  sheet.folders = InDisplayOrder(ReadSheetRows(database));
+  SheetRows rows = ReadSheetRows(database);
+  if (!options.before.empty()) {
+    const DatabaseFile before(options.before);
+    sheet.before = before.path();
+    MarkDifferences(before, database, &rows);
+  }
+  sheet.folders = InDisplayOrder(std::move(rows));
   std::string beside;
   if (options.beside) {
     const std::filesystem::path whole(path);
@@ -116,6 +154,9 @@ Command AddSheetCommand(CLI::App* parent) {
   app->add_option("--card", options->card,
                   "the card's folder, for a database that names files below /mnt/mmc")
       ->type_name("FOLDER");
+  app->add_option("--before", options->before,
+                  "an earlier database: mark what was added, removed and changed since")
+      ->type_name("DB");
   app->add_flag("--thumbnails-beside", options->beside,
                 "write the thumbnails into the folder OUT_thumbnails, not into the page");
   app->add_flag("--force", options->force, "replace whatever file has the name of the page");
