@@ -8,6 +8,7 @@
 
 #include "FileScanner/FileInfomation.h"
 #include "FileScanner/ImageMetaData.h"
+#include "OSAL/CharsetConverter.h"
 #include "OSAL/TextPtr.h"
 #include "support/FakePlatform.h"
 #include "support/JpegBuilder.h"
@@ -143,6 +144,8 @@ TEST_F(FileParserJpeg, HasNoSortIndexForANameThatIsNoDcfName) {
 }
 
 TEST_F(FileParserJpeg, TakesTitleAndSortIndexFromTheNameInTheDevicesCodePage) {
+  if (!orx::CharsetConverter("UTF-8", "EUC-KR").ok())
+    GTEST_SKIP() << "this system's converter does not know EUC-KR";
   // "한글" in EUC-KR; the path of the record stays as it was handed in.
   const std::string path = directory_.Write("100PHOTO/\xC7\xD1\xB1\xDB.jpg", MakeJpeg());
   const ImagePtr record = Extract(path);
