@@ -163,7 +163,7 @@ bool ReadFrameSize(st_UPNP_FILE* file, long long start, long long limit, int* wi
 
 long long FindStartOfImage(st_UPNP_FILE* file, long long position) {
   if (upnp_file_seek(file, position, SEEK_SET) != position) return -1;
-  constexpr int kOverlap = 1;  // a marker may lie across two blocks
+  constexpr int kOverlap = 1;     // a marker may lie across two blocks
   uint8_t bytes[kOverlap + 256];  // most begin within the first few
   bytes[0] = 0;
   for (long long passed = 0; passed < kMaxThumbnailSearch;) {
