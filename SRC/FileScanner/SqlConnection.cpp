@@ -1,5 +1,7 @@
 #include "FileScanner/SqlConnection.h"
 
+#include "OSAL/Fault.h"
+
 namespace orx {
 namespace {
 
@@ -45,11 +47,15 @@ int FetchTable(sqlite3* connection, const char* sql, const QueryResult& result) 
 
   const size_t width = static_cast<size_t>(columns);
   const size_t total = width * (static_cast<size_t>(rows) + 1);  // the header is the first row
-  for (size_t i = 0; i < total; ++i) {
-    const char* cell = raw[i] != nullptr ? raw[i] : "";
-    (i < width ? result.names : result.cells)->emplace_back(cell);
-  }
-  return 1;
+  const bool copied = Guarded(__func__, [&] {
+    for (size_t i = 0; i < total; ++i) {
+      const char* cell = raw[i] != nullptr ? raw[i] : "";
+      (i < width ? result.names : result.cells)->emplace_back(cell);
+    }
+  });
+  if (copied) return 1;
+  ClearResult(result, SQLITE_NOMEM);  // no rows without their cells
+  return 0;
 }
 
 }  // namespace orx
