@@ -94,6 +94,7 @@ TEST_F(DamagedFilesTest, UndamagedNeighboursAreRecorded) {
   const std::vector<std::string> neighbours = Contents();
   const std::vector<Medium> media = AllMedia();
   EXPECT_GE(media.size(), 60u);
+  size_t damaged = 0;
   for (size_t i = 0; i < media.size(); i += IsSoak() ? 1 : 5) {
     SCOPED_TRACE(media[i].extension + " " + std::to_string(i));
     WriteDamaged(media[i], 20, IsSoak() ? 200 : 20);
@@ -103,12 +104,15 @@ TEST_F(DamagedFilesTest, UndamagedNeighboursAreRecorded) {
     EXPECT_TRUE(std::includes(all.begin(), all.end(), neighbours.begin(), neighbours.end()));
     for (const auto& file : std::filesystem::directory_iterator(InCard("200PHOTO"))) {
       const std::string name = file.path().filename().string();
-      if (name.compare(0, 4, "CUTA") == 0 || name.compare(0, 4, "BADA") == 0)
+      if (name.compare(0, 4, "CUTA") == 0 || name.compare(0, 4, "BADA") == 0) {
         std::filesystem::remove(file.path());
+        ++damaged;
+      }
     }
     Scan();  // takes the rows of the damaged files away again
     ASSERT_EQ(Difference(Contents(), neighbours), "");
   }
+  EXPECT_EQ(damaged, IsSoak() ? 60u * (20 + 200) : 12u * (20 + 20));
 }
 
 }  // namespace

@@ -6,11 +6,13 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/MediaFileInfos.h"
+#include "FileScanner/MultimediaQueryMgr.h"
 #include "robustness/Card.h"
 #include "robustness/Injection.h"
 #include "support/JpegBuilder.h"
@@ -86,6 +88,22 @@ const Operation kOperations[] = {
        BackupClassElement* head = nullptr;
        database->GetClassElementListForBackup(&count, &head);
        FreeBackupList(head);
+     }},
+    {"Query",
+     [](DirectoryScanner* /*scanner*/, DataBaseMgr* /*database*/, const std::string& /*card*/,
+        const std::string& db) {
+       MultimediaQueryMgr query;
+       query.ConnectDB(db.c_str());
+       bool thrown = false;
+       try {
+         query.ExecSqlStatment("select * from ObjectTable");
+       } catch (const std::bad_alloc&) {
+         thrown = true;
+       }
+       EXPECT_FALSE(thrown);
+       EXPECT_EQ(MultimediaQueryMgr::vdata.size(),
+                 static_cast<size_t>(query.nRows) * static_cast<size_t>(query.nColumns));
+       query.DisconnectDB();
      }},
 };
 
