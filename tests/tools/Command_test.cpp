@@ -59,6 +59,17 @@ TEST_F(Command, RefusesBadArgumentsWithOneLine) {
   EXPECT_FALSE(DatabaseExists());
 }
 
+TEST_F(Command, TakesNoEmptyTextForAnArgumentThatIsLeftOut) {
+  Scan();
+  ExpectFailure({"share", database_, ""}, "LIST: the text is empty (see orxscan --help)");
+  ExpectFailure({"show", database_, ""}, "TABLE: the text is empty (see orxscan --help)");
+  ExpectFailure({"check", database_, ""}, "DIR: the text is empty (see orxscan --help)");
+  ExpectFailure({"register", Picture(), database_, "--parent", ""},
+                "--parent: the text is empty (see orxscan --help)");
+  ExpectFailure({"card", card_, database_, "--mode", "0", "--list", ""},
+                "--list: the text is empty (see orxscan --help)");
+}
+
 TEST_F(Command, LetsNoControlCharactersOfAnArgumentThrough) {
   ExpectUsageError({"scan", card_, database_, "\x1b[2J\n"}, "\\x1b[2J\\x0a");
 }

@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -60,9 +61,24 @@ std::string Printable(const std::string& text) {
 
 std::string Quoted(const std::string& text) { return "'" + Printable(text) + "'"; }
 
-void PrintJson(const nlohmann::ordered_json& value) {
-  fmt::print("{}\n", value.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+std::string JsonText(const nlohmann::ordered_json& value, int indent) {
+  const std::string text =
+      value.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  std::string out;  // what is left to escape stands in strings alone
+  for (size_t at = 0; at < text.size();) {
+    uint32_t character = 0;
+    const size_t length = std::max<size_t>(DecodeCharacter(text, at, &character), 1);
+    if (character != '\n' && (IsControl(character) || Misleads(character))) {
+      out += fmt::format("\\u{:04x}", character);
+    } else {
+      out.append(text, at, length);
+    }
+    at += length;
+  }
+  return out;
 }
+
+void PrintJson(const nlohmann::ordered_json& value) { fmt::print("{}\n", JsonText(value, 2)); }
 
 std::string Seconds(double seconds) {
   return seconds < 10 ? fmt::format("{:.3f} s", seconds) : fmt::format("{:.1f} s", seconds);

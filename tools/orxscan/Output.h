@@ -27,7 +27,10 @@ std::string Printable(const std::string& text);
 // Printable and in single quotes.
 std::string Quoted(const std::string& text);
 
-// Prints the value, indented; bytes that are no UTF-8 become U+FFFD.
+// The value on one line, or indented when `indent` is not negative.  Characters that Printable
+// would replace are escaped, bytes that are no UTF-8 become U+FFFD.
+std::string JsonText(const nlohmann::ordered_json& value, int indent = -1);
+// Prints the value, indented, and a line end.
 void PrintJson(const nlohmann::ordered_json& value);
 
 // "0.012 s", "75.3 s"

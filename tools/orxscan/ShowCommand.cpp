@@ -61,17 +61,14 @@ void PrintTable(const DatabaseFile& database, const std::string& table, long lon
 
 // One row a line, as they come: a table may be long.
 void PrintTableAsJson(const DatabaseFile& database, const std::string& table, long long limit) {
-  const auto dump = [](const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-  };
-  fmt::print("  {}: [", dump(table));
+  fmt::print("  {}: [", JsonText(table));
   const Statement rows = database.Select(SelectRows(table, limit));
   const std::vector<std::string> names = ColumnNames(rows.get());
   const char* separator = "\n";
   for (; database.Next(rows); separator = ",\n") {
     Json row = Json::object();
     for (size_t i = 0; i < names.size(); ++i) row[names[i]] = Value(rows, static_cast<int>(i));
-    fmt::print("{}    {}", separator, dump(row));
+    fmt::print("{}    {}", separator, JsonText(row));
   }
   fmt::print("{}]", separator[0] == ',' ? "\n  " : "");
 }

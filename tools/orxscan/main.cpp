@@ -18,8 +18,18 @@ int Fail(const std::string& message, int status = kFailed) {
   return status;
 }
 
+// An empty text for an optional argument is a mistake, not the same as leaving the argument out:
+// without its list, for one, share offers everything.
+void RefuseEmptyTexts(const CLI::App& command) {
+  for (const CLI::Option* option : command.get_options())
+    for (const std::string& text : option->results())
+      if (text.empty() && !option->get_required())
+        throw Failure("{}: the text is empty (see orxscan --help)", option->get_name());
+}
+
 int RunCommand(const Command& command) {
   try {
+    RefuseEmptyTexts(*command.app);
     const int status = command.run();
     FinishOutput();
     return status;
