@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
 #include "FileScanner/MediaFileInfos.h"
 #include "FileScanner/MultimediaQueryMgr.h"
@@ -146,6 +147,19 @@ void ShareList(const Given& given, int mode) {
   Manager()->UpdateShareStatus(paths, mode);
 }
 
+// A card whose platform shares files with the text for a folder, a name and an extension.
+void ShareUris(const Given& given) {
+  std::vector<SharedFile>& files = FakePlatform::Get().sharedFiles;
+  files.clear();
+  for (const std::string& uri :
+       {"/mnt/mmc/DCIM/" + given.text + "/IMGA0001.JPG",
+        "/mnt/mmc/DCIM/100PHOTO/" + given.text + ".JPG",
+        "/mnt/mmc/DCIM/100PHOTO/IMGA0002.JPG" + given.text, "/mnt/mmc/" + given.text, given.text}) {
+    files.emplace_back();
+    files.back().uri = uri;
+  }
+}
+
 int ignored = 0;
 long long ignoredSize = 0;
 char ignoredText[512];
@@ -252,6 +266,15 @@ const Operation kOperations[] = {
     SCANNER(scanDcf, g.t(), g.database.c_str(), &ignored),
     SCANNER(scanXQDcf, g.t(), g.database.c_str(), &ignored),
     SCANNER(scanAutoBackupDcf, g.t(), g.database.c_str(), &ignored),
+    {"DcfFileInfoVector::addToDCFInfoVector", [](const Given& g) {
+       ShareUris(g);
+       Scanner()->scanDcf(g.folder.c_str(), g.database.c_str(), &ignored);
+     }},
+    {"DataBaseMgr::addFileUriToTable", [](const Given& g) {
+       ShareUris(g);
+       Scanner()->scanXQDcf(g.folder.c_str(), g.database.c_str(), &ignored);
+       Scanner()->scanAutoBackupDcf(g.folder.c_str(), g.database.c_str(), &ignored);
+     }},
     SCANNER(_scanDirDcf, g.t(), g.t(), &ignored), SCANNER(_scanDirXQDcf, g.t(), g.t(), &ignored),
     SCANNER(_scanDirAutoBackupDcf, g.t(), g.t(), &ignored),
     SCANNER_TEXT(_handleDirDcf, g.t(), g.t()), SCANNER_TEXT(_handleDirXQDcf, g.t(), g.t()),
@@ -273,6 +296,7 @@ const char* const kNotTested[] = {
     "DataBaseMgr::supportFileCheck",
     "DataBaseMgr::duplicateFileCheck",
     "DataBaseMgr::LogFailedStatement",
+    "DataBaseMgr::LogRefusedStatement",
     "DirectoryScanner::IsInArray",
     "DirectoryScanner::CheckMediaFileForDLNAContent",
     "DirectoryScanner::__GetJPEGProfile",
@@ -310,7 +334,9 @@ class SqlTextsTest : public testing::TestWithParam<int> {  // by sharing mode
   static void Reset() {
     DirectoryScanner::DestroyInstance();
     DataBaseMgr::DestroyInstance();
+    DcfFileInfoVector::DestroyInstance();
     FakePlatform::Get().log.clear();
+    FakePlatform::Get().sharedFiles.clear();
   }
 
   void MakeDatabase() const {
@@ -330,8 +356,9 @@ class SqlTextsTest : public testing::TestWithParam<int> {  // by sharing mode
     ASSERT_GE(Select(original_, "select * from ObjectTable").size(), 3u);
   }
 
-  // All rows but those with a cell that ends with the text and those of the file that operations
-  // register, and the tables.  Numbers in resource names count on from test to test.
+  // All rows but those with a cell that ends with the text and those of the files that operations
+  // register, which the database does not have at first, and the tables.  Numbers in resource names
+  // count on from test to test.
   Snapshot Others(const std::string& database, const std::string& text) const {
     static const std::regex kNumber("(/orx[a-z]*)[0-9]+");
     Snapshot snapshot;
@@ -344,7 +371,8 @@ class SqlTextsTest : public testing::TestWithParam<int> {  // by sharing mode
       if (table[0].rfind("sqlite_", 0) == 0) continue;
       for (const auto& row : Select(database, "select * from " + table[0] + " order by rowid")) {
         if (std::any_of(row.begin(), row.end(), [&](const std::string& cell) {
-              return EndsWith(cell, text) || cell == card_ + "/IMGA0009.JPG";
+              return EndsWith(cell, text) || cell == card_ + "/IMGA0009.JPG" ||
+                     cell.rfind("/mnt/mmc", 0) == 0;
             }))
           continue;
         std::string line = table[0];
@@ -423,16 +451,20 @@ INSTANTIATE_TEST_SUITE_P(SharingModes, SqlTextsTest, testing::Values(0, 6, 8),
 
 // ---- the list is complete ----
 
+std::string ContentOf(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  std::stringstream content;
+  content << file.rdbuf();
+  return content.str();
+}
+
 std::string WithoutComments(const std::string& text) {
   return std::regex_replace(text, std::regex("//[^\n]*"), "");
 }
 
 // The operations declared in a header with a text or a record among their parameters.
 std::set<std::string> TakersOfTexts(const std::string& header, const std::string& type) {
-  std::ifstream file(header);
-  std::stringstream content;
-  content << file.rdbuf();
-  const std::string text = WithoutComments(content.str());
+  const std::string text = WithoutComments(ContentOf(header));
   const size_t start = text.find("class ORX_API " + type);
   std::set<std::string> names;
   if (start == std::string::npos) return names;
@@ -441,7 +473,7 @@ std::set<std::string> TakersOfTexts(const std::string& header, const std::string
   for (std::sregex_iterator match(body.begin(), body.end(), declaration), end; match != end;
        ++match) {
     const std::string parameters = (*match)[2];
-    for (const char* kind : {"char*", "TChar*", "MediaMetaData*"})
+    for (const char* kind : {"char*", "TChar*", "std::string", "MediaMetaData*", "FileInfomation*"})
       if (parameters.find(kind) != std::string::npos) names.insert(type + "::" + (*match)[1].str());
   }
   return names;
@@ -457,6 +489,25 @@ TEST(SqlTexts, AreGivenToEveryOperationThatTakesTexts) {
     EXPECT_FALSE(takers.empty()) << type;
     for (const std::string& name : takers) EXPECT_EQ(listed.count(name), 1u) << name;
   }
+}
+
+// Only these classes see the database; what other classes do with texts is no matter here.
+TEST(SqlTexts, ReachTheDatabaseThroughThoseClassesAlone) {
+  const std::filesystem::path sources = ORXSCAN_SOURCE_DIR "/SRC";
+  if (!std::filesystem::exists(sources)) GTEST_SKIP() << "The sources are not at " << sources;
+  const std::set<std::string> expected = {"DataBaseGuard", "DataBaseMgr",      "DataBaseSchema",
+                                          "SqlConnection", "DirectoryScanner", "MultimediaQueryMgr",
+                                          "SqlStatement",  "WriteTransaction"};
+  const std::regex database(
+      "#include [<\"](sqlite3|FileScanner/(DataBase[A-Za-z]*|Sql[A-Za-z]*))\\.h[>\"]");
+  std::set<std::string> found;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(sources)) {
+    if (!entry.is_regular_file()) continue;
+    const std::string name = entry.path().stem().string();
+    if (std::regex_search(ContentOf(entry.path()), database))
+      found.insert(name.substr(0, name.find('_')));
+  }
+  EXPECT_EQ(found, expected);
 }
 
 }  // namespace
