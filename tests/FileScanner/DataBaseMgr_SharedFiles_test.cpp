@@ -1,107 +1,32 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "FileScanner/DataBaseMgr.h"
-#include "support/SharedFiles.h"
+#include "support/SharedListTest.h"
 
 namespace {
 
 using orx_test::DescribedLog;
+using orx_test::Draws;
 using orx_test::Error;
-using orx_test::FakePlatform;
 using orx_test::Info;
+using orx_test::kWalkCancelled;
+using orx_test::Script;
 using orx_test::Shared;
 using orx_test::SharedFile;
 using orx_test::SharedRun;
 using orx_test::Timing;
-
-constexpr char kCancelled[] =
-    "[DataBaseMgr::addFileUriToTable] bInvalidateAllItemsCancelFlag is TRUE..";
 
 std::string SizeLine(int size) {
   return Info("[DcfFileInfoVector::addFileUriToTable] Total  vDirFileNum size = " +
               std::to_string(size));
 }
 
-// What happens when the platform is asked for its n-th URI of a call, counted from 0.
-struct Script {
-  int cancelAt = -1;
-  int modeChangeAt = -1;
-  int newMode = 0;
-};
-
-Script script;
-std::vector<int> indexesRead;
-
-void OnUri(int index) {
-  const int call = static_cast<int>(indexesRead.size());
-  indexesRead.push_back(index);
-  if (call == script.cancelAt) DataBaseMgr::GetInstance()->CancelInvalidateAllItems();
-  if (call == script.modeChangeAt) FakePlatform::Get().sharingMode = script.newMode;
-}
-
-FakePlatform& Platform() { return FakePlatform::Get(); }
-
-class SharedFileListTest : public testing::Test {
- protected:
-  SharedFileListTest() {
-    DataBaseMgr::DestroyInstance();
-    FakePlatform::Reset().onUri = OnUri;
-    Forget();
-  }
-  ~SharedFileListTest() override { DataBaseMgr::DestroyInstance(); }
-
-  static DataBaseMgr* Manager() { return DataBaseMgr::GetInstance(); }
-  static void Forget() {
-    script = Script();
-    indexesRead.clear();
-    Platform().log.clear();
-  }
-  static int Add() {
-    Forget();
-    return Manager()->addFileUriToTable();
-  }
-  static std::vector<int> Indexes() {
-    std::vector<int> all;
-    for (int i = 0; i < Manager()->getDBndexVectorSize(); ++i)
-      all.push_back(Manager()->getDBIndexVectorAt(i));
-    return all;
-  }
-  static std::vector<int> SortNumbers() {
-    std::vector<int> all;
-    for (int i = 0; i < Manager()->getDirFileNumVectorSize(); ++i)
-      all.push_back(Manager()->getDirFileNumVectorAt(i));
-    return all;
-  }
-  static std::vector<int> Types() {
-    std::vector<int> all;
-    for (int i = 0; i < Manager()->getFileTypeVectorSize(); ++i)
-      all.push_back(Manager()->getFileTypeVectorAt(i));
-    return all;
-  }
-  static std::vector<std::string> DirNames() {
-    std::vector<std::string> all;
-    for (int i = 0; i < Manager()->getDirNameVectorSize(); ++i)
-      all.push_back(Manager()->getDirNameVectorAt(i));
-    return all;
-  }
-  static std::vector<std::string> Paths() {
-    std::vector<std::string> all;
-    for (int i = 0; i < Manager()->getFilePathVectorSize(); ++i)
-      all.push_back(Manager()->getFilePathVectorAt(i));
-    return all;
-  }
-  static std::vector<int> Down(int from, int to) {
-    std::vector<int> all;
-    for (int i = from; i >= to; --i) all.push_back(i);
-    return all;
-  }
-};
+using SharedFileListTest = orx_test::SharedListTest<DataBaseMgr>;
 
 // ---- the walk ----
 
@@ -113,7 +38,7 @@ TEST_F(SharedFileListTest, ReadsNothingFromAnEmptyList) {
 }
 
 TEST_F(SharedFileListTest, AnEmptyListIsDoneEvenWhenCancelled) {
-  Manager()->CancelInvalidateAllItems();
+  List()->CancelInvalidateAllItems();
   EXPECT_EQ(Add(), 1);
 }
 
@@ -128,7 +53,7 @@ TEST_F(SharedFileListTest, ListsFilesFromTheHighestIndexDown) {
   EXPECT_EQ(Paths(),
             (std::vector<std::string>{"/DCIM/100PHOTO/IMGA0005.JPG", "/DCIM/101PHOTO/IMGA0006.MP4",
                                       "/DCIM/101PHOTO/IMGA0007.JPG"}));
-  EXPECT_EQ(Manager()->getDirNumVectorSize(), 0);
+  EXPECT_EQ(List()->getDirNumVectorSize(), 0);
   EXPECT_EQ(DescribedLog(), (std::vector<std::string>{Timing(">>>> FILE_URI start"),
                                                       Timing(">>>> FILE_URI stop"), SizeLine(3)}));
 }
@@ -194,19 +119,19 @@ TEST_F(SharedFileListTest, ACancelDuringAnyIndexTakesEffectAfterIt) {
     Forget();
     script.cancelAt = at;
     const bool last = at == 3;  // nothing is left to cancel
-    EXPECT_EQ(Manager()->addFileUriToTable(), last ? 1 : 0);
+    EXPECT_EQ(List()->addFileUriToTable(), last ? 1 : 0);
     EXPECT_EQ(Indexes(), Down(3, 3 - at));
-    EXPECT_EQ(Platform().CountLogged(kCancelled), last ? 0 : 1);
+    EXPECT_EQ(Platform().CountLogged(kWalkCancelled), last ? 0 : 1);
   }
 }
 
 TEST_F(SharedFileListTest, ACancelBeforeTheCallReadsNothing) {
   Platform().sharedFiles = SharedRun(4);
-  Manager()->CancelInvalidateAllItems();
+  List()->CancelInvalidateAllItems();
   EXPECT_EQ(Add(), 0);
   EXPECT_TRUE(indexesRead.empty());
   EXPECT_EQ(DescribedLog(),
-            (std::vector<std::string>{Timing(">>>> FILE_URI start"), Info(kCancelled)}));
+            (std::vector<std::string>{Timing(">>>> FILE_URI start"), Info(kWalkCancelled)}));
 }
 
 TEST_F(SharedFileListTest, AUriShorterThanTheLayoutGivesEmptyPiecesAndTheNumberZero) {
@@ -359,9 +284,8 @@ TEST_F(SharedFileListTest, SupportDependsOnExtensionModeAndPlatformType) {
     Platform().sharingMode = row.mode;
     Platform().sharedFiles = {Shared(100, 1, row.extension, row.platformType)};
     DLNA_FILE_TYPE type = static_cast<DLNA_FILE_TYPE>(99);
-    EXPECT_EQ(
-        Manager()->supportFileCheck(row.extension, Platform().sharedFiles[0].uri.c_str(), &type),
-        row.answer);
+    EXPECT_EQ(List()->supportFileCheck(row.extension, Platform().sharedFiles[0].uri.c_str(), &type),
+              row.answer);
     EXPECT_EQ(type, row.type);
   }
 }
@@ -379,7 +303,7 @@ TEST_F(SharedFileListTest, ACompanionDependsOnExtensionAndPlatformType) {
     Platform().sharedFiles = {Shared(100, 1, row.extension, row.platformType)};
     DLNA_FILE_TYPE type = static_cast<DLNA_FILE_TYPE>(99);
     EXPECT_EQ(
-        Manager()->duplicateFileCheck(row.extension, Platform().sharedFiles[0].uri.c_str(), &type),
+        List()->duplicateFileCheck(row.extension, Platform().sharedFiles[0].uri.c_str(), &type),
         row.answer == 1);
     EXPECT_EQ(type, row.type);
   }
@@ -387,26 +311,26 @@ TEST_F(SharedFileListTest, ACompanionDependsOnExtensionAndPlatformType) {
 
 TEST_F(SharedFileListTest, ChecksTolerateNulls) {
   DLNA_FILE_TYPE type = DLNA_FILE_TYPE_NONE;
-  EXPECT_EQ(Manager()->supportFileCheck(nullptr, nullptr, &type), 1);
+  EXPECT_EQ(List()->supportFileCheck(nullptr, nullptr, &type), 1);
   EXPECT_EQ(type, DLNA_FILE_TYPE_IMAGE);
-  EXPECT_EQ(Manager()->supportFileCheck(".KRZ", "", nullptr), 0);
-  EXPECT_FALSE(Manager()->duplicateFileCheck(nullptr, nullptr, &type));
-  EXPECT_FALSE(Manager()->duplicateFileCheck(".MP4", "", nullptr));
+  EXPECT_EQ(List()->supportFileCheck(".KRZ", "", nullptr), 0);
+  EXPECT_FALSE(List()->duplicateFileCheck(nullptr, nullptr, &type));
+  EXPECT_FALSE(List()->duplicateFileCheck(".MP4", "", nullptr));
 }
 
 TEST_F(SharedFileListTest, ConvertsUnknownPlatformTypesToPictures) {
-  for (int type = 0; type <= 9; ++type) EXPECT_EQ(Manager()->convertFileType(type), type);
+  for (int type = 0; type <= 9; ++type) EXPECT_EQ(List()->convertFileType(type), type);
   for (const int type : {-2147483647 - 1, -1, 10, 2147483647})
-    EXPECT_EQ(Manager()->convertFileType(type), DLNA_FILE_TYPE_IMAGE);
+    EXPECT_EQ(List()->convertFileType(type), DLNA_FILE_TYPE_IMAGE);
 }
 
 TEST_F(SharedFileListTest, SaysOnStandardOutputWhetherANumberIsListed) {
   Platform().sharedFiles = SharedRun(3);
   Add();
   testing::internal::CaptureStdout();
-  EXPECT_EQ(Manager()->isInDirFileNumVector(1000002), 1);
-  EXPECT_EQ(Manager()->isInDirFileNumVector(1000004), 0);
-  EXPECT_EQ(Manager()->isInDirFileNumVector(-1), 0);
+  EXPECT_EQ(List()->isInDirFileNumVector(1000002), 1);
+  EXPECT_EQ(List()->isInDirFileNumVector(1000004), 0);
+  EXPECT_EQ(List()->isInDirFileNumVector(-1), 0);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "<<<< 1000002 - Found \n>>> 1000004 - Not found \n>>> -1 - Not found \n");
 }
@@ -415,20 +339,20 @@ TEST_F(SharedFileListTest, AnswersMinusOneForANumberOutsideTheList) {
   Platform().sharedFiles = SharedRun(1);
   Add();
   for (const int index : {-2147483647 - 1, -1, 1, 2147483647}) {
-    EXPECT_EQ(Manager()->getDirNumVectorAt(index), -1);
-    EXPECT_EQ(Manager()->getDirFileNumVectorAt(index), -1);
-    EXPECT_EQ(Manager()->getFileTypeVectorAt(index), -1);
-    EXPECT_EQ(Manager()->getDBIndexVectorAt(index), -1);
+    EXPECT_EQ(List()->getDirNumVectorAt(index), -1);
+    EXPECT_EQ(List()->getDirFileNumVectorAt(index), -1);
+    EXPECT_EQ(List()->getFileTypeVectorAt(index), -1);
+    EXPECT_EQ(List()->getDBIndexVectorAt(index), -1);
   }
-  EXPECT_EQ(Manager()->getDirNumVectorAt(0), -1);
+  EXPECT_EQ(List()->getDirNumVectorAt(0), -1);
 }
 
 TEST_F(SharedFileListTest, ThrowsForATextOutsideTheList) {
   Platform().sharedFiles = SharedRun(1);
   Add();
   for (const int index : {-1, 1, 2147483647}) {
-    EXPECT_THROW(Manager()->getDirNameVectorAt(index), std::out_of_range);
-    EXPECT_THROW(Manager()->getFilePathVectorAt(index), std::out_of_range);
+    EXPECT_THROW(List()->getDirNameVectorAt(index), std::out_of_range);
+    EXPECT_THROW(List()->getFilePathVectorAt(index), std::out_of_range);
   }
 }
 
@@ -454,7 +378,7 @@ struct Model {
     int i = count <= 1000 ? count - 1 : 999;
     if (i >= 0) {
       if (cancelled) {
-        log.push_back(Info(kCancelled));
+        log.push_back(Info(kWalkCancelled));
         return 0;
       }
       while (true) {
@@ -475,7 +399,7 @@ struct Model {
         --i;
         if (i < 0) break;
         if (cancelled) {
-          log.push_back(Info(kCancelled));
+          log.push_back(Info(kWalkCancelled));
           return 0;
         }
       }
@@ -557,15 +481,8 @@ struct Model {
   }
 };
 
-class SharedFileListModelTest : public SharedFileListTest {
+class SharedFileListModelTest : public SharedFileListTest, public Draws {
  protected:
-  int Pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
-  bool OneIn(int n) { return Pick(1, n) == 1; }
-  template <typename Value>
-  Value OneOf(std::initializer_list<Value> values) {
-    return *(values.begin() + Pick(0, static_cast<int>(values.size()) - 1));
-  }
-
   std::vector<SharedFile> RandomList(int size) {
     std::vector<SharedFile> files;
     int number = 1;
@@ -602,7 +519,7 @@ class SharedFileListModelTest : public SharedFileListTest {
         script.newMode = OneOf({0, 1, 2, 6, 8});
       }
       const int expected = model.Call(Platform().sharedFiles, mode, script);
-      EXPECT_EQ(Manager()->addFileUriToTable(), expected);
+      EXPECT_EQ(List()->addFileUriToTable(), expected);
       EXPECT_EQ(indexesRead, model.read);
       EXPECT_EQ(DescribedLog(), model.log);
       EXPECT_EQ(SortNumbers(), model.dirFileNum);
@@ -610,18 +527,16 @@ class SharedFileListModelTest : public SharedFileListTest {
       EXPECT_EQ(Indexes(), model.dbIndex);
       EXPECT_EQ(DirNames(), model.dirName);
       EXPECT_EQ(Paths(), model.filePath);
-      EXPECT_EQ(Manager()->getDirNumVectorSize(), 0);
+      EXPECT_EQ(List()->getDirNumVectorSize(), 0);
       if (HasFailure()) return;
     }
   }
-
-  std::mt19937 random_;
 };
 
 TEST_F(SharedFileListModelTest, AgreesWithTheModelOverRandomListsAndModes) {
   for (unsigned seed = 1; seed <= 400 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    random_.seed(seed);
+    Seed(seed);
     testing::internal::CaptureStderr();  // the error lines that are expected
     RunSequence();
     testing::internal::GetCapturedStderr();

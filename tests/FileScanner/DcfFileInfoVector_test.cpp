@@ -3,19 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "support/SharedFiles.h"
+#include "support/SharedListTest.h"
 
 namespace {
 
 using orx_test::DescribedLog;
+using orx_test::Draws;
 using orx_test::Error;
-using orx_test::FakePlatform;
 using orx_test::Info;
+using orx_test::kWalkCancelled;
+using orx_test::Script;
 using orx_test::Shared;
 using orx_test::SharedFile;
 using orx_test::SharedRun;
@@ -23,9 +24,6 @@ using orx_test::Timing;
 
 constexpr char kNoNewFiles[] =
     "[DcfFileInfoVector::addToDCFInfoVector] !!! No New Files added  !!!";
-constexpr char kCancelled[] =
-    "[DataBaseMgr::addFileUriToTable] bInvalidateAllItemsCancelFlag is TRUE..";
-
 std::string TotalLine(int size) {
   return Info("[DcfFileInfoVector::addToDCFInfoVector] Total Files in DCF Vector = " +
               std::to_string(size) + " ");
@@ -36,80 +34,7 @@ std::string RemoveLine(int excess) {
               std::to_string(excess) + " from DCF Vector if already vector exists ");
 }
 
-// What happens when the platform is asked for its n-th URI of a call, counted from 0.
-struct Script {
-  int cancelAt = -1;
-  int modeChangeAt = -1;
-  int newMode = 0;
-};
-
-Script script;
-std::vector<int> indexesRead;
-
-void OnUri(int index) {
-  const int call = static_cast<int>(indexesRead.size());
-  indexesRead.push_back(index);
-  if (call == script.cancelAt) DcfFileInfoVector::GetInstance()->CancelInvalidateAllItems();
-  if (call == script.modeChangeAt) FakePlatform::Get().sharingMode = script.newMode;
-}
-
-class DcfFileInfoVectorTest : public testing::Test {
- protected:
-  DcfFileInfoVectorTest() {
-    DcfFileInfoVector::DestroyInstance();
-    FakePlatform::Reset().onUri = OnUri;
-    Forget();
-  }
-  ~DcfFileInfoVectorTest() override { DcfFileInfoVector::DestroyInstance(); }
-
-  static DcfFileInfoVector* List() { return DcfFileInfoVector::GetInstance(); }
-  static void Forget() {
-    script = Script();
-    indexesRead.clear();
-    FakePlatform::Get().log.clear();
-  }
-  static int Add() {
-    Forget();
-    return List()->addToDCFInfoVector();
-  }
-  static std::vector<int> Indexes() {
-    std::vector<int> all;
-    for (int i = 0; i < List()->getDcfIndexVectorSize(); ++i)
-      all.push_back(List()->getDcfIndexVectorAt(i));
-    return all;
-  }
-  static std::vector<int> SortNumbers() {
-    std::vector<int> all;
-    for (int i = 0; i < List()->getDirFileNumVectorSize(); ++i)
-      all.push_back(List()->getDirFileNumVectorAt(i));
-    return all;
-  }
-  static std::vector<int> Types() {
-    std::vector<int> all;
-    for (int i = 0; i < List()->getFileTypeVectorSize(); ++i)
-      all.push_back(List()->getFileTypeVectorAt(i));
-    return all;
-  }
-  static std::vector<std::string> DirNames() {
-    std::vector<std::string> all;
-    for (int i = 0; i < List()->getDirNameVectorSize(); ++i)
-      all.push_back(List()->getDirNameVectorAt(i));
-    return all;
-  }
-  static std::vector<std::string> Paths() {
-    std::vector<std::string> all;
-    for (int i = 0; i < List()->getFilePathVectorSize(); ++i)
-      all.push_back(List()->getFilePathVectorAt(i));
-    return all;
-  }
-  static std::vector<int> Down(int from, int to) {
-    std::vector<int> all;
-    for (int i = from; i >= to; --i) all.push_back(i);
-    return all;
-  }
-};
-
-FakePlatform& Platform() { return FakePlatform::Get(); }
+using DcfFileInfoVectorTest = orx_test::SharedListTest<DcfFileInfoVector>;
 
 // ---- first filling ----
 
@@ -476,7 +401,7 @@ TEST_F(DcfFileInfoVectorTest, ACancelDuringAnyIndexTakesEffectAfterIt) {
     EXPECT_EQ(List()->addToDCFInfoVector(), last ? 1 : 0);
     EXPECT_EQ(List()->nTotalCnt, last ? 4 : 0);
     EXPECT_EQ(List()->getDcfIndexVectorSize(), at + 1);
-    EXPECT_EQ(Platform().CountLogged(kCancelled), last ? 0 : 1);
+    EXPECT_EQ(Platform().CountLogged(kWalkCancelled), last ? 0 : 1);
   }
 }
 
@@ -487,7 +412,7 @@ TEST_F(DcfFileInfoVectorTest, ACancelBeforeTheCallReadsNothing) {
   EXPECT_TRUE(indexesRead.empty());
   EXPECT_EQ(List()->nTotalCnt, 0);
   EXPECT_EQ(DescribedLog(),
-            (std::vector<std::string>{Timing(">>>> FILE_URI start"), Info(kCancelled)}));
+            (std::vector<std::string>{Timing(">>>> FILE_URI start"), Info(kWalkCancelled)}));
 }
 
 TEST_F(DcfFileInfoVectorTest, ACancelStaysUntilTheInstanceIsDestroyed) {
@@ -747,7 +672,7 @@ struct Model {
     if (cancelled) goto cancel;
     goto next;
   cancel:
-    log.push_back(Info(kCancelled));
+    log.push_back(Info(kWalkCancelled));
     totalCnt = 0;
     return 0;
   finish:
@@ -769,15 +694,8 @@ struct Model {
   }
 };
 
-class DcfFileInfoVectorModelTest : public DcfFileInfoVectorTest {
+class DcfFileInfoVectorModelTest : public DcfFileInfoVectorTest, public Draws {
  protected:
-  int Pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
-  bool OneIn(int n) { return Pick(1, n) == 1; }
-  template <typename Value>
-  Value OneOf(std::initializer_list<Value> values) {
-    return *(values.begin() + Pick(0, static_cast<int>(values.size()) - 1));
-  }
-
   // Puts new files before the old ones, or takes files away.
   void ChangeList(std::vector<SharedFile>* files, int size, int otherKinds) {
     while (static_cast<int>(files->size()) > size)
@@ -811,7 +729,6 @@ class DcfFileInfoVectorModelTest : public DcfFileInfoVectorTest {
 
   void RunSequence();
 
-  std::mt19937 random_;
   int number_ = 0;
 };
 
@@ -869,7 +786,7 @@ void DcfFileInfoVectorModelTest::RunSequence() {
 TEST_F(DcfFileInfoVectorModelTest, AgreesWithTheModelOverSequencesOfCalls) {
   for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    random_.seed(seed);
+    Seed(seed);
     number_ = 0;
     testing::internal::CaptureStderr();  // the error lines that are expected
     RunSequence();
