@@ -3,7 +3,9 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orxscan)
 set(CPACK_PACKAGE_VENDOR "orxscan developers")
-set(CPACK_PACKAGE_CONTACT "orxscan developers <orxscan@localhost>")
+set(ORXSCAN_MAINTAINER "orxscan developers <developers@orxscan.invalid>" CACHE STRING
+    "Whom the Debian packages name as their maintainer: Name <address>")
+set(CPACK_PACKAGE_CONTACT "${ORXSCAN_MAINTAINER}")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -16,6 +18,8 @@ endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)  # of the packaging; the version is that of the sources
+set(package_version ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -40,7 +44,7 @@ endif()
 set(CPACK_DEBIAN_DEVEL_PACKAGE_NAME ${devel_package})
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVEL_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION}), libsqlite3-dev")
+set(CPACK_DEBIAN_DEVEL_PACKAGE_DEPENDS "${runtime_package} (= ${package_version}), libsqlite3-dev")
 set(CPACK_COMPONENT_DEVEL_DESCRIPTION "media indexing for DLNA servers - development files
 Headers, static libraries, the platform functions of a Linux PC, the CMake
 package and the pkg-config files.")
@@ -55,16 +59,31 @@ checks what it holds.")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/triggers)
 
-# Every package carries the changelog and the copyright.
+# Every package carries the copyright, the changelog of the sources and, in the form that Debian's
+# tools read, that of the packaging.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/copyright "Copyright 2026 the orxscan developers\n")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
+file(TIMESTAMP ${PROJECT_SOURCE_DIR}/CHANGELOG.md changed "%a, %d %b %Y %H:%M:%S +0000" UTC)
+file(WRITE ${PROJECT_BINARY_DIR}/debian/changelog.Debian
+     "orxscan (${package_version}) UNRELEASED; urgency=medium
+
+  * Version ${PROJECT_VERSION}; what has changed is in changelog.gz.
+
+ -- ${ORXSCAN_MAINTAINER}  ${changed}
+")
 find_program(GZIP_PROGRAM gzip)
 if(GZIP_PROGRAM)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/CHANGELOG.md)
-  execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-                  OUTPUT_FILE ${PROJECT_BINARY_DIR}/debian/changelog.gz)
+  foreach(text IN ITEMS ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+                        ${PROJECT_BINARY_DIR}/debian/changelog.Debian)
+    get_filename_component(name ${text} NAME)
+    string(REPLACE CHANGELOG.md changelog name ${name})
+    execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${text}
+                    OUTPUT_FILE ${PROJECT_BINARY_DIR}/debian/${name}.gz)
+  endforeach()
 endif()
 foreach(component IN ITEMS runtime devel command)
   install(FILES ${PROJECT_BINARY_DIR}/debian/copyright ${PROJECT_BINARY_DIR}/debian/changelog.gz
+                ${PROJECT_BINARY_DIR}/debian/changelog.Debian.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${component}_package} COMPONENT ${component}
           OPTIONAL)
 endforeach()
