@@ -61,12 +61,6 @@ std::vector<std::string> ReadUris(const std::string& path) {
   return uris;
 }
 
-std::set<std::string> Paths(const std::vector<ObjectRow>& rows) {
-  std::set<std::string> paths;
-  for (const ObjectRow& row : rows) paths.insert(row.path);
-  return paths;
-}
-
 size_t CountKnown(const std::vector<std::string>& shared, const std::set<std::string>& known) {
   size_t count = 0;
   for (const std::string& uri : shared) count += known.count(uri);
@@ -107,7 +101,7 @@ int Card(const Options& options) {
   summary.filesFound = shared.size();
   const auto start = std::chrono::steady_clock::now();
   Progress progress(!options.json && !options.quiet, kCardDcimPath, shared.size(),
-                    CountKnown(shared, Paths(before)));
+                    CountKnown(shared, PathsOf(before)));
   const std::vector<std::string> errors = RunCardScan(scanner, scan, layout, database, &progress);
   summary.cancelled = scanner->GetCancelFlag();
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -118,7 +112,7 @@ int Card(const Options& options) {
   if (!summary.cancelled) {
     const QuietLibrary library;
     summary.refused = CardRefusals(scanner, scan, options.mode, errors)
-                          .Of(shared, Paths(after), &summary.untaken);
+                          .Of(shared, PathsOf(after), &summary.untaken);
   }
   summary.profiles = database.Profiles();
   return Report(summary, options.json, options.quiet);

@@ -70,6 +70,12 @@ bool ObjectRow::operator<(const ObjectRow& other) const {
   return std::tie(id, mediaClass, path) < std::tie(other.id, other.mediaClass, other.path);
 }
 
+std::set<std::string> PathsOf(const std::vector<ObjectRow>& rows) {
+  std::set<std::string> paths;
+  for (const ObjectRow& row : rows) paths.insert(row.path);
+  return paths;
+}
+
 MediaDatabase::MediaDatabase(const std::string& path, Layout layout)
     : path_(AbsoluteDatabasePath(path)), name_(Quoted(path)), layout_(layout) {
   struct stat64 status = {};

@@ -2,6 +2,7 @@
 // summary, on a connection of its own.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ struct ObjectRow {
 
   bool operator<(const ObjectRow& other) const;
 };
+
+std::set<std::string> PathsOf(const std::vector<ObjectRow>& rows);
 
 struct ProfileCount {
   std::string profile;

@@ -29,12 +29,6 @@ struct Options {
   bool quiet = false;
 };
 
-std::set<std::string> Paths(const std::vector<ObjectRow>& rows) {
-  std::set<std::string> paths;
-  for (const ObjectRow& row : rows) paths.insert(row.path);
-  return paths;
-}
-
 size_t CountKnown(const std::vector<FoundFile>& files, const std::set<std::string>& known) {
   return static_cast<size_t>(std::count_if(files.begin(), files.end(), [&](const FoundFile& file) {
     return known.count(file.path) != 0;
@@ -79,7 +73,7 @@ int Scan(const Options& options) {
   const std::vector<FoundFile> files = FilesBelow(folder, database.path());
   summary.filesFound = files.size();
   summary.cancelled =
-      RunScan(scanner, options, folder, database, files, CountKnown(files, Paths(before)));
+      RunScan(scanner, options, folder, database, files, CountKnown(files, PathsOf(before)));
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   interrupt.reset();
 
@@ -87,7 +81,7 @@ int Scan(const Options& options) {
   summary.Compare(before, after);
   if (!summary.cancelled) {
     const QuietLibrary library;
-    summary.refused = Refusals(scanner, files, Paths(after), &summary.untaken);
+    summary.refused = Refusals(scanner, files, PathsOf(after), &summary.untaken);
   }
   summary.profiles = database.Profiles();
   return Report(summary, options.json, options.quiet);
