@@ -22,13 +22,6 @@ class Usage {
            Microseconds(CLOCK_MONOTONIC) - wall_, PeakKilobytes());
   }
 
- private:
-  static long long Microseconds(clockid_t clock) {
-    timespec now = {};
-    clock_gettime(clock, &now);
-    return now.tv_sec * 1000000LL + now.tv_nsec / 1000;
-  }
-
   // getrusage would answer for whoever started this program, too.
   static long PeakKilobytes() {
     FILE* status = fopen("/proc/self/status", "re");
@@ -39,6 +32,13 @@ class Usage {
       if (sscanf(line, "VmHWM: %ld", &peak) == 1) break;
     fclose(status);
     return peak;
+  }
+
+ private:
+  static long long Microseconds(clockid_t clock) {
+    timespec now = {};
+    clock_gettime(clock, &now);
+    return now.tv_sec * 1000000LL + now.tv_nsec / 1000;
   }
 
   long long processor_;

@@ -15,7 +15,7 @@
 #include "MediaReaders/tiff_types.h"
 #include "MediaReaders/tiff_walk.h"
 #include "OSAL/Fault.h"
-#include "UpnpUtil/upnp_util.h"
+#include "UpnpUtil/GmtDay.h"
 
 namespace {
 
@@ -223,23 +223,24 @@ std::string DayOf(const char* date) {
   return day;
 }
 
-std::string DayOf(long time) {
+std::string DayOf(time_t time) {
   char day[20] = "";
-  upnp_date_convertToGMT(&time, day, sizeof day);
+  orx::WriteGmtDay(time, day, sizeof day);
   return day;
 }
 
-void NormaliseDate(ExifData* data) {
+void NormaliseDate(time_t modified, ExifData* data) {
   const std::string day = IsDate(data->Date)       ? DayOf(data->Date)
                           : IsDate(data->DateTime) ? DayOf(data->DateTime)
-                                                   : DayOf(data->FileTime);
+                                                   : DayOf(modified);
   free(data->Date);
   data->Date = orx::Noted(strdup(day.c_str()), __func__);
 }
 
 // ---- The file ----
 
-bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data) {
+// `modified` has more bits than the record's time where `long` has 32.
+bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data, time_t* modified) {
   struct stat64 status = {};
   if (file == nullptr) return false;
   if (fstat64(file->descriptor, &status) != 0) {
@@ -248,17 +249,19 @@ bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data) {
   }
   data->FileSize = status.st_size;
   data->FileTime = static_cast<long>(status.st_mtime);
+  *modified = status.st_mtime;
   return true;
 }
 
 bool ReadPictureUnguarded(st_UPNP_FILE* file, ExifData* data) {
-  if (!ReadFileStatus(file, data) || data->FileSize == 0) return false;
+  time_t modified = 0;
+  if (!ReadFileStatus(file, data, &modified) || data->FileSize == 0) return false;
   orx::ExifBlock block;
   const bool hasExif =
       orx::ReadExifBlock(file, &block);  // first: it stands before the frame header
   orx::ReadFrameSize(file, 0, data->FileSize, &data->Width, &data->Height);
   if (!hasExif || !ReadTiffBlock(block.bytes.get(), block.length, data)) return false;
-  NormaliseDate(data);
+  NormaliseDate(modified, data);
   return true;
 }
 

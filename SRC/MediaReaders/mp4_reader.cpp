@@ -1,5 +1,8 @@
 #include "MediaReaders/mp4_reader.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -19,13 +22,23 @@ struct CloseFile {
 using File = std::unique_ptr<st_UPNP_FILE, CloseFile>;
 
 // Local time; null when the moment has no date.
-char* DateText(int moment) {
-  const time_t seconds = moment;
+char* DateText(time_t moment) {
   struct tm date = {};
   char text[15];
-  if (localtime_r(&seconds, &date) == nullptr) return nullptr;
+  if (localtime_r(&moment, &date) == nullptr) return nullptr;
   if (strftime(text, sizeof text, "%Y-%m-%d", &date) == 0) return nullptr;
   return orx::Noted(strdup(text), __func__);
+}
+
+bool ReadFileStatus(const char* path, mp4_metadata_t* meta) {
+  struct stat64 status = {};
+  if (stat64(path, &status) != 0) {
+    orx::NoteSystemError("stat", path, errno);
+    return false;
+  }
+  meta->FileSize = status.st_size;
+  meta->Date = DateText(status.st_mtime);
+  return true;
 }
 
 // The file begins with the sync word of an ADTS header.  The position is at the start again.
@@ -47,10 +60,7 @@ void ConfirmVideo(mp4_metadata_t* meta) {
 int m4a_get_metadata(const char* path, mp4_metadata_t* meta) {
   if (meta == nullptr) return 0;
   *meta = {};
-  st_UPNP_FILE_STAT status = {};
-  if (path == nullptr || upnp_file_stat(path, &status) != 0) return 0;
-  meta->FileSize = status.size;
-  meta->Date = DateText(status.modification_time);
+  if (path == nullptr || !ReadFileStatus(path, meta)) return 0;
   const File file(upnp_file_open_read(path));
   if (file == nullptr) return 0;
   const bool adts = BeginsWithAdts(file.get());

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "OSAL/Fault.h"
+#include "UpnpUtil/GmtDay.h"
 #include "UpnpUtil/GmtNameClock.h"
 #include "UpnpUtil/upnp_util.h"
 
@@ -20,6 +21,12 @@ constexpr long long kSecondsPerHour = 3600;
 long long Year(const struct tm& date) { return date.tm_year + 1900LL; }
 
 }  // namespace
+
+void WriteGmtDay(time_t time, char* dst, size_t size) {
+  struct tm date = {};
+  if (gmtime_r(&time, &date) == nullptr) return;
+  snprintf(dst, size, "%04lld-%02d-%02d", Year(date), date.tm_mon + 1, date.tm_mday);
+}
 
 bool GmtNameClock::Refresh(time_t now) {
   struct tm date = {};
@@ -107,11 +114,7 @@ long upnp_convert_time_to_long(const char* text) {
 
 void upnp_date_convertToGMT(const long* time, char* dst, int n) {
   if (time == nullptr || dst == nullptr || n <= 0) return;
-  const time_t seconds = *time;
-  struct tm date = {};
-  if (gmtime_r(&seconds, &date) == nullptr) return;
-  snprintf(dst, static_cast<size_t>(n), "%04lld-%02d-%02d", orx::Year(date), date.tm_mon + 1,
-           date.tm_mday);
+  orx::WriteGmtDay(*time, dst, static_cast<size_t>(n));
 }
 
 void upnp_date_getGMT_forName(char* dst, int n) {

@@ -16,9 +16,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 # GCC mentions an old change of its calling convention once for every template that it touches.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
-# With an emulator on this machine, the programs of the target run as if they were its own.
+# With an emulator on this machine, the programs of the target run as if they were its own.  They find
+# the target's C library with its character-set converters, C++ library and SQLite in the folder.
 find_program(ORXSCAN_EMULATOR NAMES ${ORXSCAN_EMULATOR_NAMES})
 if(ORXSCAN_EMULATOR)
   set(CMAKE_CROSSCOMPILING_EMULATOR
-      ${ORXSCAN_EMULATOR};-L;/usr/${ORXSCAN_TRIPLET};-E;LD_LIBRARY_PATH=${ORXSCAN_TARGET_ROOT}/usr/lib/${ORXSCAN_TRIPLET})
+      ${ORXSCAN_EMULATOR};-L;${ORXSCAN_TARGET_ROOT})
 endif()
