@@ -185,11 +185,12 @@ int main(int argc, char** argv) {
   const size_t before = orx_bench::HeapInUse();
   orx_bench::ForgetHeapPeak();
   stack.Run([=] { Scan(card, argv[2], argv[3]); });
-  const size_t most = orx_bench::HeapPeak(), afterScan = orx_bench::HeapInUse();
+  const size_t most = orx_bench::HeapPeak();
+  const long long sqliteMost = sqlite3_memory_highwater(0);
   DestroyAll();
   const size_t after = orx_bench::HeapInUse();
   const long peakKilobytes = orx_bench::Usage::PeakKilobytes();
-  printf("rows %d before %zu most %zu after_scan %zu after %zu stack %zu peak_kb %ld\n",
-         Rows(argv[3]), before, most, afterScan, after, stack.Used(), peakKilobytes);
+  printf("rows %d before %zu most %zu sqlite %lld after %zu stack %zu peak_kb %ld\n", Rows(argv[3]),
+         before, most, sqliteMost, after, stack.Used(), peakKilobytes);
   return 0;
 }
