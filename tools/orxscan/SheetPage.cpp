@@ -338,9 +338,16 @@ class Page {
           "<img class=\"thumbnail\" alt=\"Thumbnail of {}\" loading=\"lazy\" decoding=\"async\" "
           "data-thumbnail=\"{}\" data-width=\"{}\" data-height=\"{}\"",
           title, number_, item.thumbnail.width, item.thumbnail.height);
-      if (thumbnails_.beside())
-        Print(" src=\"{}/{}\"", AddressPart(sheet_.besideAs), AddressPart(item.thumbnailName));
-      out_.Write(">");
+      if (!thumbnails_.beside()) {
+        out_.Write(">");
+      } else {  // the script fetches it when it comes near the window: browsers load all at once
+        const std::string address =
+            AddressPart(sheet_.besideAs) + "/" + AddressPart(item.thumbnailName);
+        Print(
+            " data-source=\"{0}\"><noscript><img class=\"thumbnail\" alt=\"\" src=\"{0}\">"
+            "</noscript>",
+            address);
+      }
     }
     if (!item.duration.empty())
       Print("<span class=\"duration\"><span class=\"quiet\">Duration </span>{}</span>",

@@ -60,6 +60,10 @@
   }
 
   function load(image) {
+    if (image.dataset.source !== undefined) {
+      image.src = image.dataset.source;
+      return;
+    }
     const holder = byId(`thumbnail-${image.dataset.thumbnail}`);
     if (holder === null) {
       if (complete) showBroken(image);
@@ -75,9 +79,6 @@
   for (const image of images) {
     image.addEventListener("load", () => checkDecoded(image));
     image.addEventListener("error", () => showBroken(image));
-    if (image.complete && image.hasAttribute("src")) {
-      if (image.naturalWidth > 0) checkDecoded(image);
-    }
   }
   const hidden = images.filter((image) => !image.hasAttribute("src"));
   const observer = new IntersectionObserver((entries) => {
@@ -115,7 +116,7 @@
   }
   function textOf(item) {
     if (item.text === null) {
-      const kept = item.element.querySelector("noscript");
+      const kept = item.element.querySelector("details noscript");
       const details = kept !== null ? plain(kept.textContent) : [...item.element.querySelectorAll("dd")].map((value) => value.textContent).join(" ");
       const caption = [...item.element.querySelectorAll(".number span, h3, .facts span, .duration")].map((part) => part.textContent).join(" ");
       item.text = `${caption} ${details}`.toLowerCase();
