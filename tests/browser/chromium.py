@@ -89,23 +89,28 @@ class Browser:
 class Page:
     """A page of its own, opened from a file; notes what it says and asks for."""
 
-    def __init__(self, browser, path, width=1280, height=900, dark=False, scripts=True):
+    def __init__(self, browser, path, width=1280, height=900, dark=False, scripts=True,
+                 domains=("Page", "Runtime", "Log", "Network", "Accessibility"), watch="",
+                 until="document.readyState === 'complete' && location.protocol === 'file:'"):
+        """`domains` of the protocol are enabled, `watch` runs before the page's own script."""
         self.browser = browser
         context = browser.send("Target.createBrowserContext")["browserContextId"]
         self.target = browser.send("Target.createTarget", url="about:blank",
                                    browserContextId=context)["targetId"]
         self.session = browser.send("Target.attachToTarget", targetId=self.target,
                                     flatten=True)["sessionId"]
-        for domain in ("Page", "Runtime", "Log", "Network", "Accessibility"):
+        for domain in domains:
             self.send(f"{domain}.enable")
         self.send("Emulation.setDeviceMetricsOverride", width=width, height=height,
                   deviceScaleFactor=1, mobile=width < 600)
         self.send("Emulation.setEmulatedMedia", features=[
             {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}])
         self.send("Emulation.setScriptExecutionDisabled", value=not scripts)
+        if watch:
+            self.send("Page.addScriptToEvaluateOnNewDocument", source=watch)
         start = time.monotonic()
         self.send("Page.navigate", url="file://" + path)
-        self.wait("document.readyState === 'complete' && location.protocol === 'file:'")
+        self.wait(until)
         self.seconds = time.monotonic() - start
 
     def send(self, method, **parameters):
