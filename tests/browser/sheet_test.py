@@ -73,7 +73,7 @@ class SheetInABrowser(unittest.TestCase):
         shutil.copy(self.database, database)
         return database
 
-    SHOWN = "document.querySelectorAll('.item:not([hidden])').length"
+    SHOWN = "document.querySelectorAll('.folder:not([hidden]) .item:not([hidden])').length"
 
     def shown(self, page):
         return page.evaluate(self.SHOWN)

@@ -32,6 +32,28 @@ std::string Html(const std::string& text) {
   return html;
 }
 
+std::string JsonText(const std::string& text) {
+  const std::string printable = Printable(text);
+  std::string json = "\"";
+  json.reserve(printable.size() + 2);
+  for (const char c : printable) {
+    switch (c) {
+      case '"':
+        json += "\\\"";
+        break;
+      case '\\':
+        json += "\\\\";
+        break;
+      case '<':
+        json += "\\u003c";
+        break;
+      default:
+        json += c;
+    }
+  }
+  return json + '"';
+}
+
 std::string Base64(std::string_view bytes) {
   constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;

@@ -10,6 +10,10 @@ namespace orxscan {
 // with every character that means something to HTML escaped.
 std::string Html(const std::string& text);
 
+// `text` as a JSON string, printable, too; no character in it could end the script element around
+// it.
+std::string JsonText(const std::string& text);
+
 std::string Base64(std::string_view bytes);
 
 // "4.18 kB", "615 bytes"; "1 byte" for one.

@@ -43,6 +43,7 @@ const MarkText& TextOf(Mark mark) {
                        [mark](const MarkText& text) { return text.mark == mark; });
 }
 
+// By media class.
 constexpr const char* kKinds[] = {"folder", "picture", "sound", "film", "item"};
 constexpr const char* kKindsPlural[] = {"Folders", "Pictures", "Sounds", "Films", "Items"};
 constexpr int kKindOrder[] = {1, 3, 2, 4};  // pictures, films, sounds, the rest
@@ -89,17 +90,9 @@ std::string Title(const SheetItem& item) {
   return item.path.empty() ? "(no title)" : FileName(item.path);
 }
 
-// "100-0001" for 1000001, as cameras count their pictures.
-std::string FrameNumber(const std::string& sortIndex) {
-  const bool dcf =
-      sortIndex.size() == 7 && sortIndex.find_first_not_of("0123456789") == std::string::npos;
-  return dcf ? sortIndex.substr(0, 3) + "-" + sortIndex.substr(3) : sortIndex;
-}
-
-std::string FileType(const std::string& path) {
-  const std::string name = FileName(path);
-  const size_t dot = name.rfind('.');
-  return dot == std::string::npos || name.size() - dot > 6 ? "" : name.substr(dot + 1);
+std::string Dimensions(const SheetItem& item) {
+  return item.width == 0 && item.height == 0 ? ""
+                                             : fmt::format("{} \u00d7 {}", item.width, item.height);
 }
 
 std::string MarkNames(const std::vector<Mark>& marks) {
@@ -130,6 +123,17 @@ std::string CommonFolder(const std::vector<SheetFolder>& folders) {
   return common;
 }
 
+// Texts by numbers that count up from 0.
+struct Numbered {
+  size_t Number(const std::string& text) {
+    const auto [place, isNew] = numbers.emplace(text, numbers.size());
+    if (isNew) inOrder.push_back(&place->first);
+    return place->second;
+  }
+  std::map<std::string, size_t> numbers;
+  std::vector<const std::string*> inOrder;
+};
+
 class Page {
  public:
   Page(const Sheet& sheet, const SheetThumbnails& thumbnails, NewFile* out)
@@ -155,6 +159,7 @@ class Page {
         {"count", &Page::CountText_},
         {"folders", &Page::Folders},
         {"thumbnails", &Page::Thumbnails},
+        {"data", &Page::Data},
         {"footer", &Page::Footer},
         {"script", &Page::ScriptText}};
     out_.Write(kSheetSignature);
@@ -285,12 +290,14 @@ class Page {
     for (size_t i = 0; i < sheet_.folders.size(); ++i) Folder(sheet_.folders[i], i + 1);
   }
 
+  // The items are listed for browsers without scripts, which keep the list as a mere text; the
+  // script makes cards from the data instead.
   void Folder(const SheetFolder& folder, size_t number) {
     const std::string path = ShortPath(folder.path);
     const std::string name = FileName(path);
     const bool empty = folder.items.empty();
     Print(
-        "<section class=\"folder{0}\" id=\"folder-{1}\" data-folder=\"{1}\" data-marks=\"{2}\" "
+        "<section class=\"folder{0}\" id=\"folder-{1}\" data-marks=\"{2}\" "
         "aria-labelledby=\"folder-{1}-name\">\n<header class=\"folder-head\">"
         "<h2 id=\"folder-{1}-name\"><bdi><span class=\"parents\">{3}</span>{4}</bdi></h2>"
         "<p class=\"folder-count\">{5}</p>{6}</header>\n",
@@ -300,93 +307,87 @@ class Page {
               : Counted(static_cast<long long>(folder.items.size()), "item", "items"),
         MarkBadges(folder.marks));
     if (!empty) {
-      out_.Write("<ol class=\"items\">\n");
-      for (const SheetItem& item : folder.items) Item(item, number);
-      out_.Write("</ol>\n");
+      out_.Write("<noscript><ol class=\"plain\">\n");
+      for (const SheetItem& item : folder.items) ListedItem(item);
+      out_.Write("</ol></noscript>\n");
     }
     out_.Write("</section>\n");
   }
 
-  void Item(const SheetItem& item, size_t folder) {
-    ++number_;
-    const std::string title = Html(Title(item));
-    Print(
-        "<li class=\"item kind-{0}{1}\" id=\"item-{2}\" data-id=\"{3}\" data-kind=\"{0}\" "
-        "data-profile=\"{4}\" data-share=\"{5}\" data-folder=\"{6}\" data-marks=\"{7}\">\n",
-        kKinds[item.mediaClass], item.Has(Mark::kRemoved) ? " removed" : "", number_, item.id,
-        Html(item.profile), Name(item.share), folder, MarkNames(item.marks));
-    Frame(item, title);
-    Print(
-        "<div class=\"caption\"><p class=\"number\"><span>{}</span><span>{}</span></p>"
-        "<h3><bdi>{}</bdi></h3>",
-        Html(FrameNumber(item.sortIndex)), Html(FileType(item.path)), title);
-    Facts(item);
-    out_.Write(MarkBadges(item.marks));
-    Details(item, title);
-    out_.Write("</div></li>\n");
+  void ListedItem(const SheetItem& item) {
+    Print("<li id=\"item-{}\">", ++number_);
+    if (item.hasThumbnail && thumbnails_.beside())
+      Print("<img loading=\"lazy\" alt=\"\" src=\"{}/{}\">", AddressPart(sheet_.besideAs),
+            AddressPart(item.thumbnailName));
+    Print("<h3>{}</h3><bdi>{}</bdi>", Html(Title(item)), Html(FileName(item.path)));
+    const auto add = [this](const std::string& text) {
+      if (!text.empty()) Print(", {}", Html(text));
+    };
+    add(Dimensions(item));
+    if (item.size >= 0) add(SizeText(item.size));
+    add(item.duration);
+    add(item.date);
+    add(item.profile);
+    add(item.mimeType);
+    if (item.share != ShareState::kNotRecorded) add(Label(item.share));
+    for (const Mark mark : item.marks) Print(" <em>{}</em>", TextOf(mark).label);
+    out_.Write("\n");
   }
 
-  void Frame(const SheetItem& item, const std::string& title) {
-    out_.Write("<div class=\"frame\">");
-    if (!item.hasThumbnail) {
-      Print(
-          "<svg class=\"placeholder\" role=\"img\" aria-label=\"{0}, no thumbnail\" "
-          "viewBox=\"0 0 48 48\"><use href=\"#draw-{0}\"/></svg>",
-          kKinds[item.mediaClass]);
-    } else {
-      Print(
-          "<img class=\"thumbnail\" alt=\"Thumbnail of {}\" loading=\"lazy\" decoding=\"async\" "
-          "data-thumbnail=\"{}\" data-width=\"{}\" data-height=\"{}\"",
-          title, number_, item.thumbnail.width, item.thumbnail.height);
-      if (!thumbnails_.beside()) {
-        out_.Write(">");
-      } else {  // the script fetches it when it comes near the window: browsers load all at once
-        const std::string address =
-            AddressPart(sheet_.besideAs) + "/" + AddressPart(item.thumbnailName);
-        Print(
-            " data-source=\"{0}\"><noscript><img class=\"thumbnail\" alt=\"\" src=\"{0}\">"
-            "</noscript>",
-            address);
-      }
+  // What the script makes the cards from; page.js names the parts of a row.
+  void Data() {
+    Print("{{\"beside\":{},\n\"marks\":{{", JsonText(AddressPart(sheet_.besideAs)));
+    const char* separator = "";
+    for (const MarkText& text : kMarks) {
+      if (marks_[text.mark] == 0) continue;
+      Print("{}\"{}\":\"{}\"", separator, text.name, text.label);
+      separator = ",";
     }
-    if (!item.duration.empty())
-      Print("<span class=\"duration\"><span class=\"quiet\">Duration </span>{}</span>",
-            Html(item.duration));
-    out_.Write("</div>\n");
+    out_.Write("},\n\"folders\":[");
+    separator = "\n";
+    for (const SheetFolder& folder : sheet_.folders) {
+      Print("{}{{\"path\":{},\"items\":[", separator, JsonText(folder.path));
+      separator = "\n";
+      for (const SheetItem& item : folder.items) {
+        out_.Write(separator);
+        Row(item, folder);
+        separator = ",\n";
+      }
+      out_.Write("]}");
+      separator = ",\n";
+    }
+    // Names that many items share are in the rows as numbers.
+    out_.Write("],\n\"names\":[");
+    separator = "";
+    for (const std::string* name : sharedNames_.inOrder) {
+      Print("{}{}", separator, JsonText(*name));
+      separator = ",";
+    }
+    out_.Write("]}");
   }
 
-  void Facts(const SheetItem& item) {
-    std::string line;
-    const auto add = [&line](const char* name, const std::string& text) {
-      if (!text.empty()) line += fmt::format("<span class=\"{}\">{}</span>", name, Html(text));
-    };
-    if (item.width != 0 || item.height != 0)
-      add("dimensions", fmt::format("{} \u00d7 {}", item.width, item.height));
-    if (item.size >= 0) add("size", SizeText(item.size));
-    add("date", item.date);
-    if (!line.empty()) Print("<p class=\"facts\">{}</p>", line);
-    line.clear();
-    add("profile", item.profile);
-    add("mime", item.mimeType);
-    if (!line.empty()) Print("<p class=\"facts\">{}</p>", line);
-    if (item.share != ShareState::kNotRecorded)
-      Print("<p class=\"share share-{}\">{}</p>", Name(item.share), Label(item.share));
-  }
-
-  // With scripts, a browser keeps the text inside noscript as it is, which costs next to nothing;
-  // the script makes elements of it when it is wanted.
-  void Details(const SheetItem& item, const std::string& title) {
-    Print("<details><summary>Details<span class=\"quiet\"> of {}</span></summary><noscript><dl>",
-          title);
-    const auto print = [this](const std::string& label, const std::string& value) {
-      Print("<dt>{}</dt><dd><bdi>{}</bdi></dd>", Html(label), Html(value));
-    };
-    print("Path", item.path);
-    if (item.size >= 0) print("Size", Counted(item.size, "byte", "bytes"));
-    if (!item.sortIndex.empty()) print("Sort number", item.sortIndex);
-    for (const auto& [label, value] : item.details) print(label, value);
-    print("Id", std::to_string(item.id));
-    out_.Write("</dl></noscript></details>");
+  void Row(const SheetItem& item, const SheetFolder& folder) {
+    const std::string name = FileName(item.path);
+    const bool inFolder = item.path == folder.path + "/" + name;
+    Print("[{},{},{},{},{},{},{},{},{},{},{},\"{}\",{},\"{}\",", item.id, item.mediaClass,
+          JsonText(Title(item)), inFolder ? JsonText(name) : "[" + JsonText(item.path) + "]",
+          JsonText(item.sortIndex), JsonText(Dimensions(item)), item.size,
+          JsonText(item.size >= 0 ? SizeText(item.size) : ""), JsonText(item.date),
+          sharedNames_.Number(item.profile), sharedNames_.Number(item.mimeType), Name(item.share),
+          JsonText(item.duration), MarkNames(item.marks));
+    if (!item.hasThumbnail) {
+      out_.Write("0,[");
+    } else {
+      Print("[{},{}", item.thumbnail.width, item.thumbnail.height);
+      if (thumbnails_.beside()) Print(",{}", JsonText(AddressPart(item.thumbnailName)));
+      out_.Write("],[");
+    }
+    const char* separator = "";
+    for (const auto& [label, value] : item.details) {
+      Print("{}{},{}", separator, sharedNames_.Number(label), JsonText(value));
+      separator = ",";
+    }
+    out_.Write("]]");
   }
 
   void Thumbnails() {
@@ -445,6 +446,7 @@ class Page {
   std::map<Mark, long long> marks_;
   std::set<std::string> profileNames_;
   std::set<ShareState> shares_;
+  Numbered sharedNames_;
 };
 
 }  // namespace
