@@ -8,6 +8,8 @@
 #pragma once
 
 #include <atomic>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "FileScanner/OwnedText.h"
@@ -154,13 +156,10 @@ class ORX_API DirectoryScanner {
   static DirectoryScanner* singleInstance;
 
  private:
-  struct DirectoryIdentity {
-    unsigned long long device;
-    unsigned long long inode;
-  };
+  using DirectoryIdentity = std::pair<unsigned long long, unsigned long long>;  // device, inode
 
-  // Notes a directory as open while its walk lasts, and tells whether it was open already: a link
-  // can lead back to a directory above it.
+  // Notes a directory as open while its walk lasts, and tells whether it was open already, for a
+  // link can lead back to a directory above it, and whether links have led to it too often.
   class OpenDirectoryMark {
    public:
     OpenDirectoryMark(DirectoryScanner* scanner, const char* dir);
@@ -168,10 +167,14 @@ class ORX_API DirectoryScanner {
     OpenDirectoryMark(const OpenDirectoryMark&) = delete;
     OpenDirectoryMark& operator=(const OpenDirectoryMark&) = delete;
     bool isOwnAncestor() const { return isOwnAncestor_; }
+    bool isLinkedTooOften() const { return isLinkedTooOften_; }
 
    private:
+    bool CountLink(const char* dir, const DirectoryIdentity& identity);
+
     DirectoryScanner* scanner_;
     bool isOwnAncestor_ = false;
+    bool isLinkedTooOften_ = false;
     bool added_ = false;
   };
 
@@ -184,4 +187,5 @@ class ORX_API DirectoryScanner {
 
   orx::OwnedText profileLists_;
   std::vector<DirectoryIdentity> openDirectories_;  // from the scan's root to where it stands
+  std::map<DirectoryIdentity, int> linkVisits_;     // of this scan, by where the links lead
 };

@@ -24,6 +24,9 @@ namespace {
 constexpr size_t kPathSize = 512;          // of the buffer behind _GetFullPathOfFile
 constexpr size_t kLongestDirectory = 510;  // characters
 constexpr size_t kFileNamePathSize = 520;  // the longest path _GetFileNameFromFullPathMA takes
+// How often a scan follows links to the same directory: a few directories with links to each other
+// could otherwise be walked on millions of ways.
+constexpr int kMostLinkVisits = 8;
 constexpr char kBanner[] = "=============================================";
 constexpr char kDirectoryDate[] = "17Nov2008";  // containers carry no date of their own
 constexpr char kNoParent[] = "0";
@@ -107,6 +110,10 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
     ORX_LOG_INFO("[DirectoryScanner::_ScanDir] '%s' leads back to a directory above it", dir);
     return;
   }
+  if (mark.isLinkedTooOften()) {
+    ORX_LOG_INFO("[DirectoryScanner::_ScanDir] '%s' is one link of many to its directory", dir);
+    return;
+  }
   const orx::TextPtr id(FindOrAddDirectory(dir, parentId, &DirectoryScanner::AddDirToDB, status));
   if (watch.Seen()) return;
   if (strlen(dir) > kLongestDirectory) {
@@ -164,12 +171,20 @@ DirectoryScanner::OpenDirectoryMark::OpenDirectoryMark(DirectoryScanner* scanner
   const DirectoryIdentity identity{static_cast<unsigned long long>(status.st_dev),
                                    static_cast<unsigned long long>(status.st_ino)};
   auto& open = scanner_->openDirectories_;
-  isOwnAncestor_ = std::any_of(open.begin(), open.end(), [&](const DirectoryIdentity& above) {
-    return above.device == identity.device && above.inode == identity.inode;
-  });
-  if (isOwnAncestor_) return;
+  if (open.empty()) scanner_->linkVisits_.clear();  // the scan begins here
+  isOwnAncestor_ = std::find(open.begin(), open.end(), identity) != open.end();
+  isLinkedTooOften_ = !isOwnAncestor_ && !CountLink(dir, identity);
+  if (isOwnAncestor_ || isLinkedTooOften_) return;
   open.push_back(identity);
   added_ = true;
+}
+
+// False when the directory is reached through a link, and too many have led to it.
+bool DirectoryScanner::OpenDirectoryMark::CountLink(const char* dir,
+                                                    const DirectoryIdentity& identity) {
+  struct stat64 status = {};
+  if (lstat64(dir, &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+  return ++scanner_->linkVisits_[identity] <= kMostLinkVisits;
 }
 
 DirectoryScanner::OpenDirectoryMark::~OpenDirectoryMark() {

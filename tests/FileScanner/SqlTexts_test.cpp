@@ -306,6 +306,7 @@ const char* const kNotTested[] = {
     "DataBaseMgr::ContainerIdForPath",
     "DataBaseMgr::InsertObject",
     "DirectoryScanner::OpenDirectoryMark",
+    "DirectoryScanner::CountLink",
     "DirectoryScanner::FindOrAddDirectory",
     "DirectoryScanner::ScanEntries",
 };

@@ -131,6 +131,32 @@ TEST_F(HostileNamesTest, OfLinksToFoldersAboveDoNotMultiplyTheWalk) {
   EXPECT_LT(contents.size(), 12u);
 }
 
+// There are more than a million ways through them.
+TEST_F(HostileNamesTest, OfLinksBetweenFoldersDoNotMultiplyTheWalk) {
+  constexpr int kFolders = 10, kVisits = 8;
+  for (int i = 0; i < kFolders; ++i) {
+    const std::string folder = std::to_string(i);
+    Write(folder + "/IMGA0001.JPG", MakeJpeg());
+    for (int other = 0; other < kFolders; ++other)
+      if (other != i)
+        std::filesystem::create_directory_symlink("../" + std::to_string(other),
+                                                  InCard(folder + "/" + std::to_string(other)));
+  }
+  ScanTwice();
+  const std::vector<std::string> contents = Contents();
+  for (int i = 0; i < kFolders; ++i)
+    EXPECT_EQ(Rows(contents, InCard(std::to_string(i)) + "/IMGA0001.JPG"), 2);
+  EXPECT_LE(contents.size(), 3u * kFolders * (kVisits + 1) + 1);
+}
+
+TEST_F(HostileNamesTest, OfLinksToOneFolderAreFollowedEightTimes) {
+  Write("folder/IMGA0001.JPG", MakeJpeg());
+  for (int i = 0; i < 12; ++i)
+    std::filesystem::create_directory_symlink("folder", InCard("link" + std::to_string(i)));
+  ScanTwice();
+  EXPECT_EQ(Contents().size(), 1u + 9 * 3);  // the card; each folder, and its picture twice
+}
+
 TEST_F(HostileNamesTest, OfFoldersAreRecordedUpToTheLongestPath) {
   std::string above = "f";
   while (InCard(above).size() < 400) above += "/" + std::string(40, 'd');

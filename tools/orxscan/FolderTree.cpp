@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <utility>
 
 #include "OSAL/ORXFSHandler.h"
 
@@ -15,10 +17,9 @@ constexpr size_t kLongestFile = 511;    // of a file's
 
 enum EntryType { kFolder = 0, kFile = 1, kUnknown = -1 };
 
-struct Identity {
-  dev_t device;
-  ino64_t inode;
-};
+constexpr int kMostLinkVisits = 8;  // of the links that lead to one folder
+
+using Identity = std::pair<dev_t, ino64_t>;
 
 class Walk {
  public:
@@ -26,12 +27,15 @@ class Walk {
 
   void Folder(const std::string& path) {
     struct stat64 status = {};
-    if (stat64(path.c_str(), &status) != 0 || IsAbove(status)) return;
+    if (stat64(path.c_str(), &status) != 0) return;
+    const Identity folder(status.st_dev, status.st_ino);
+    if (std::find(above_.begin(), above_.end(), folder) != above_.end()) return;
+    if (IsLink(path) && ++linkVisits_[folder] > kMostLinkVisits) return;
     if (path.size() > kLongestFolder) {
       files_.push_back({path, false});
       return;
     }
-    above_.push_back({status.st_dev, status.st_ino});
+    above_.push_back(folder);
     Entries(path);
     above_.pop_back();
   }
@@ -54,10 +58,9 @@ class Walk {
     }
   }
 
-  bool IsAbove(const struct stat64& status) const {
-    return std::any_of(above_.begin(), above_.end(), [&](const Identity& folder) {
-      return folder.device == status.st_dev && folder.inode == status.st_ino;
-    });
+  static bool IsLink(const std::string& path) {
+    struct stat64 status = {};
+    return lstat64(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
   }
 
   bool IsDatabase(const std::string& path) const {
@@ -67,6 +70,7 @@ class Walk {
 
   std::string database_;
   std::vector<Identity> above_;
+  std::map<Identity, int> linkVisits_;
   std::vector<FoundFile> files_;
 };
 
