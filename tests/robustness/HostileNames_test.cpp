@@ -17,6 +17,7 @@
 #include "robustness/Card.h"
 #include "support/CardMount.h"
 #include "support/JpegBuilder.h"
+#include "support/Mp4Builder.h"
 
 namespace orx_test {
 namespace {
@@ -40,15 +41,15 @@ const char* const kNames[] = {
 const char* const kRefusedNames[] = {"double\"quote.JPG", "\"; drop table ImageTable; --.JPG",
                                      "a\" or \"1\"=\"1.JPG"};
 
+// How many rows of the object and of the media tables have the path.
+long Rows(const std::vector<std::string>& contents, const std::string& path) {
+  const std::string cell = "|FullPath=" + path + "|";
+  return std::count_if(contents.begin(), contents.end(),
+                       [&](const std::string& row) { return row.find(cell) != std::string::npos; });
+}
+
 class HostileNamesTest : public CardTest {
  protected:
-  // How many rows of the object and of the image table have the path.
-  static long Rows(const std::vector<std::string>& contents, const std::string& path) {
-    const std::string cell = "|FullPath=" + path + "|";
-    return std::count_if(contents.begin(), contents.end(), [&](const std::string& row) {
-      return row.find(cell) != std::string::npos;
-    });
-  }
   void ScanTwice() const {
     Scan();
     const std::vector<std::string> once = Contents();
@@ -63,12 +64,20 @@ TEST_F(HostileNamesTest, AreTextsAndNothingElse) {
   for (const char* name : kNames) Write(std::string(name) + "/IMGA0001.JPG", MakeJpeg());
   for (const char* name : kRefusedNames) Write(std::string("100PHOTO/") + name, MakeJpeg());
   for (const char* name : kRefusedNames) Write(std::string(name) + "/IMGA0001.JPG", MakeJpeg());
-  Write("100PHOTO/" + std::string(251, 'n') + ".JPG", MakeJpeg());
+  const std::string longest[] = {std::string(251, 'n') + ".JPG", std::string(251, '\xFE') + ".JPG",
+                                 std::string(251, '\'') + ".JPG"};
+  for (const std::string& name : longest) {
+    Write("100PHOTO/" + name, MakeJpeg());
+    Write(name + "/IMGA0001.JPG", MakeJpeg());
+  }
   ScanTwice();
 
   const std::vector<std::string> contents = Contents();
   EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
-  EXPECT_EQ(Rows(contents, InCard("100PHOTO/" + std::string(251, 'n') + ".JPG")), 2);
+  for (const std::string& name : longest) {
+    EXPECT_EQ(Rows(contents, InCard("100PHOTO/") + name), 2) << name;
+    EXPECT_EQ(Rows(contents, InCard(name) + "/IMGA0001.JPG"), 2) << name;
+  }
   for (const char* name : kNames) {
     EXPECT_EQ(Rows(contents, InCard("100PHOTO/") + name), 2) << name;
     EXPECT_EQ(Rows(contents, InCard(name) + "/IMGA0001.JPG"), 2) << name;
@@ -263,6 +272,8 @@ TEST_P(SharedNamesTest, OfWhatIsNoFileCostNoNeighbourItsRows) {
 INSTANTIATE_TEST_SUITE_P(Scans, SharedNamesTest, testing::ValuesIn(kScanKinds),
                          [](const auto& test) { return std::string(NameOf(test.param)); });
 
+// ---- what changes between listing and opening ----
+
 // The file that changes when the scan is about to read it.
 std::string movingFile;
 void (*move)() = nullptr;
@@ -272,14 +283,68 @@ void MoveBeforeReading(const char* line) {
     move();
 }
 
+struct Move {
+  const char* name;
+  void (*move)();
+};
+const Move kMoves[] = {
+    {"Vanishes", [] { std::filesystem::remove(movingFile); }},
+    {"Grows", [] { std::ofstream(movingFile, std::ios::binary | std::ios::app) << "more"; }},
+    {"Shrinks", [] { truncate(movingFile.c_str(), 100); }},
+    {"IsEmptied", [] { truncate(movingFile.c_str(), 0); }},
+    {"BecomesAFifo",
+     [] {
+       std::filesystem::remove(movingFile);
+       mkfifo(movingFile.c_str(), 0600);
+     }},
+    {"BecomesAFolder",
+     [] {
+       std::filesystem::remove(movingFile);
+       std::filesystem::create_directory(movingFile);
+     }},
+    {"BecomesALinkToItself",
+     [] {
+       std::filesystem::remove(movingFile);
+       std::filesystem::create_symlink(movingFile, movingFile);
+     }},
+};
+const char* const kMovingNames[] = {"MOVING.JPG", "MOVING.MP4", "MOVING.M4A"};
+
+class MovingFileTest : public HostileNamesTest, public testing::WithParamInterface<Move> {};
+INSTANTIATE_TEST_SUITE_P(Moves, MovingFileTest, testing::ValuesIn(kMoves),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_P(MovingFileTest, CostsNoNeighbourItsRowsAndIsRightAfterTheNextScan) {
+  move = GetParam().move;
+  for (const std::string name : kMovingNames) {
+    SCOPED_TRACE(name);
+    Write("IMGA0001.JPG", MakeJpeg());
+    Write("ZZZZ0001.JPG", MakeJpeg());
+    std::filesystem::remove_all(InCard(name));
+    movingFile = Write(name, name == kMovingNames[0] ? MakeJpeg() : SmallFilm());
+    QuietPlatform::Get().onLine = MoveBeforeReading;
+    Scan();
+    QuietPlatform::Get().onLine = nullptr;
+    const std::vector<std::string> contents = Contents();
+    EXPECT_EQ(Rows(contents, InCard("IMGA0001.JPG")), 2);
+    EXPECT_EQ(Rows(contents, InCard("ZZZZ0001.JPG")), 2);
+
+    Scan();
+    const std::vector<std::string> next = Contents();
+    RestoreDatabase("");
+    Scan();
+    EXPECT_EQ(Difference(next, Contents()), "");
+    std::filesystem::remove_all(movingFile);
+    RestoreDatabase("");
+  }
+}
+
 TEST_F(HostileNamesTest, OfFilesThatVanishBeforeTheyAreReadLeaveNoRow) {
-  Write("IMGA0001.JPG", MakeJpeg());
   movingFile = Write("MOVING.JPG", MakeJpeg());
   move = [] { std::filesystem::remove(movingFile); };
   QuietPlatform::Get().onLine = MoveBeforeReading;
-  ScanTwice();
+  Scan();
   EXPECT_EQ(Rows(Contents(), movingFile), 0);
-  EXPECT_EQ(Rows(Contents(), InCard("IMGA0001.JPG")), 2);
 }
 
 TEST_F(HostileNamesTest, OfFilesThatGrowBeforeTheyAreReadHaveTheirNewSize) {
@@ -288,14 +353,57 @@ TEST_F(HostileNamesTest, OfFilesThatGrowBeforeTheyAreReadHaveTheirNewSize) {
   move = [] { std::ofstream(movingFile, std::ios::binary | std::ios::app) << "more"; };
   QuietPlatform::Get().onLine = MoveBeforeReading;
   Scan();
-  QuietPlatform::Get().onLine = nullptr;
   const std::vector<std::string> once = Contents();
   EXPECT_EQ(Rows(once, movingFile), 2);
   EXPECT_TRUE(std::any_of(once.begin(), once.end(), [&](const std::string& row) {
     return row.find("|size=" + std::to_string(size + 4) + "|") != std::string::npos;
   }));
+}
+
+TEST_F(HostileNamesTest, OfFoldersThatVanishBeforeTheyAreOpenedLeaveNoRow) {
+  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
+  Write("MOVING/IMGA0002.JPG", MakeJpeg());
+  movingFile = InCard("MOVING");
+  QuietPlatform::Get().onLine = [](const char* line) {
+    if (strstr(line, "DIRECTORY '") != nullptr && strstr(line, "MOVING'") != nullptr)
+      std::filesystem::remove_all(movingFile);
+  };
+  ScanTwice();
+  EXPECT_EQ(Rows(Contents(), InCard("100PHOTO/IMGA0001.JPG")), 2);
+  EXPECT_EQ(Rows(Contents(), movingFile), 0);
+  EXPECT_EQ(Rows(Contents(), movingFile + "/IMGA0002.JPG"), 0);
+}
+
+// Shared files that are gone when their turn comes.
+int (*listed)(int index, char** uri) = nullptr;
+TEST_P(SharedNamesTest, OfFilesThatVanishAfterTheListCostNoNeighbourItsRows) {
+  if (kind_ == ScanKind::kFolder) return;  // it has no list
+  for (const char* name : {"IMGA0002.JPG", "IMGA0003.JPG", "IMGA0004.JPG"})
+    Write(std::string("100PHOTO/") + name, MakeJpeg());
+  movingFile = InCard("100PHOTO/IMGA0003.JPG");
+  ResetPlatform();
+  listed = QuietPlatform::Get().uri;
+  QuietPlatform::Get().uri = [](int index, char** uri) {
+    const int code = listed(index, uri);
+    if (code >= 0 && movingFile == *uri) std::filesystem::remove(movingFile);
+    return code;
+  };
   Scan();
-  EXPECT_EQ(Difference(Contents(), once), "");
+  for (const char* name : {"100PHOTO/IMGA0002.JPG", "100PHOTO/IMGA0004.JPG"})
+    EXPECT_GE(Rows(Contents(), InCard(name)), 1) << name;
+  if (kind_ != ScanKind::kFull) {  // which registers what the platform shares, unopened
+    EXPECT_EQ(Rows(Contents(), movingFile), 0);
+  }
+
+  ForgetList();
+  ResetPlatform();  // the list of what is left
+  Scan();
+  const std::vector<std::string> next = Contents();
+  EXPECT_EQ(Rows(next, movingFile), 0);
+  RestoreDatabase("");
+  ForgetList();
+  Scan();
+  EXPECT_EQ(Difference(next, Contents()), "");
 }
 
 }  // namespace
