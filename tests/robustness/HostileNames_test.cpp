@@ -290,8 +290,8 @@ struct Move {
 const Move kMoves[] = {
     {"Vanishes", [] { std::filesystem::remove(movingFile); }},
     {"Grows", [] { std::ofstream(movingFile, std::ios::binary | std::ios::app) << "more"; }},
-    {"Shrinks", [] { truncate(movingFile.c_str(), 100); }},
-    {"IsEmptied", [] { truncate(movingFile.c_str(), 0); }},
+    {"Shrinks", [] { std::filesystem::resize_file(movingFile, 100); }},
+    {"IsEmptied", [] { std::filesystem::resize_file(movingFile, 0); }},
     {"BecomesAFifo",
      [] {
        std::filesystem::remove(movingFile);
