@@ -25,6 +25,49 @@ HOSTILE = ["<script>window.hacked = 1; alert(1)</script>",
            "\u202egnp.exe", "&lt;not an entity&gt;"]
 LARGE = 10000
 
+# [text, contrast of its colour with what is behind it] of every visible text, and of the drawings.
+CONTRASTS = r"""
+(() => {
+  const parse = (colour) => {
+    const [r, g, b, alpha = 1] = colour.match(/[\d.]+/g).map(Number);
+    return { rgb: [r, g, b], alpha };
+  };
+  const over = (front, back) => front.rgb.map((value, i) => value * front.alpha + back[i] * (1 - front.alpha));
+  const luminance = (rgb) => {
+    const [r, g, b] = rgb.map((value) => value / 255)
+      .map((value) => value <= 0.04045 ? value / 12.92 : ((value + 0.055) / 1.055) ** 2.4);
+    return 0.2126 * r + 0.7152 * g + 0.0722 * b;
+  };
+  const contrast = (one, other) => {
+    const [dark, light] = [luminance(one), luminance(other)].sort((a, b) => a - b);
+    return (light + 0.05) / (dark + 0.05);
+  };
+  const behind = (element) => {
+    if (element === null) return [255, 255, 255];
+    const colour = parse(getComputedStyle(element).backgroundColor);
+    return colour.alpha === 1 ? colour.rgb : over(colour, behind(element.parentElement));
+  };
+  const measure = (element, colour) => {
+    const back = behind(element);
+    return contrast(over(parse(colour), back), back);
+  };
+  const found = [];
+  const walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+  while (walker.nextNode()) {
+    const element = walker.currentNode.parentElement;
+    const text = walker.currentNode.data.trim();
+    if (text === "" || element.closest("script, style, noscript, .quiet, .skip, legend, [disabled], option:not(:checked)")) continue;
+    if (!element.checkVisibility()) continue;
+    found.push([text, measure(element, getComputedStyle(element).color)]);
+  }
+  const search = document.getElementById("search");
+  found.push(["the search's hint", measure(search, getComputedStyle(search, "::placeholder").color)]);
+  const drawings = [...document.querySelectorAll(".placeholder")].map(
+    (drawing) => ["drawing", measure(drawing.parentElement, getComputedStyle(drawing).stroke)]);
+  return { texts: found, drawings };
+})()
+"""
+
 
 def execute(database, sql, rows=None):
     with sqlite3.connect(database) as connection:
@@ -194,6 +237,103 @@ class SheetInABrowser(unittest.TestCase):
                      "getComputedStyle(document.documentElement).backgroundColor"
         self.assertNotEqual(self.open().evaluate(background),
                             self.open(dark=True).evaluate(background))
+
+    def changed_card(self):
+        """A page that marks what a second scan found: a file more, one less, and another size."""
+        card = os.path.join(self.work, "changing")
+        shutil.rmtree(card, ignore_errors=True)
+        shutil.copytree(CARD, card)
+        folder = os.path.join(card, "DCIM", "100ORXSC")
+        before, after = (os.path.join(self.work, f"{name}.db") for name in ("before", "after"))
+        for database in (before, after):
+            if os.path.exists(database):
+                os.remove(database)
+        subprocess.run([ORXSCAN, "scan", card, before, "--quiet"], check=True, timeout=60)
+        shutil.copy(before, after)
+        shutil.copy(os.path.join(folder, "ORXA0001.JPG"), os.path.join(folder, "ORXA0007.JPG"))
+        os.remove(os.path.join(card, "DCIM", "101ORXSC", "ORXA0001.MP4"))
+        with open(os.path.join(folder, "ORXA0002.JPG"), "ab") as file:
+            file.write(b"more")
+        subprocess.run([ORXSCAN, "scan", card, after, "--quiet"], check=True, timeout=60)
+        return self.sheet(after, "changed.html", "--before", before)
+
+    def test_marks_what_a_rescan_changed(self):
+        page = self.open(self.changed_card(), height=6000)
+        page.wait("document.querySelectorAll('.item.built').length === "
+                  "document.querySelectorAll('.item').length")
+        marked = dict(page.evaluate(
+            "[...document.querySelectorAll('.item')].filter(item => item.querySelector('.mark'))"
+            ".map(item => [item.querySelector('.number').textContent, "
+            "[...item.querySelectorAll('.mark')].map(mark => mark.textContent).join(', ')])"))
+        self.assertEqual(marked, {"100-0007JPG": "added", "101-0001MP4": "removed, file gone",
+                                  "100-0002JPG": "changed"})
+        page.tab_to("element.id === 'filter-mark'")
+        for words, number in (("added (1)", "100-0007"), ("removed (1)", "101-0001"),
+                              ("changed (1)", "100-0002")):
+            page.press("ArrowDown")
+            page.wait(self.SHOWN + " === 1")
+            self.assertEqual(page.evaluate("document.activeElement.selectedOptions[0].textContent"),
+                             words)
+            page.wait("document.querySelector('.folder:not([hidden]) .item:not([hidden])')"
+                      f".textContent.includes('{number}')")
+        self.assertEqual(page.complaints(), [])
+
+    def test_fetches_thumbnails_beside_the_page_when_they_come_near(self):
+        card = os.path.join(self.work, "many")
+        for folder in ("100MANYS", "101MANYS"):
+            os.makedirs(os.path.join(card, "DCIM", folder))
+            for number in range(1, 121):
+                shutil.copy(os.path.join(CARD, "DCIM", "100ORXSC", f"ORXA000{number % 3 + 1}.JPG"),
+                            os.path.join(card, "DCIM", folder, f"ORXA{number:04}.JPG"))
+        database = os.path.join(self.work, "many.db")
+        subprocess.run([ORXSCAN, "scan", card, database, "--quiet"], check=True, timeout=60)
+        recorded = {str(id): size for id, size in select(
+            database, "SELECT id, ThumbnailWidth || 'x' || ThumbnailHeight FROM ImageTable")}
+        self.assertEqual(len(recorded), 240)
+        page = self.open(self.sheet(database, "many.html", "--thumbnails-beside"))
+        complete = "[...document.images].every(image => image.complete && image.naturalWidth > 0)"
+        page.wait(f"document.images.length > 0 && {complete}")
+        fetched = lambda: len({event["params"]["request"]["url"]
+                               for event in page.events("Network.requestWillBeSent")
+                               if "many_thumbnails" in event["params"]["request"]["url"]})
+        self.assertLess(fetched(), 120)
+        page.evaluate("window.scrollTo(0, document.documentElement.scrollHeight)")
+        page.wait("document.querySelector('#item-240 img')?.naturalWidth > 0")
+        self.assertLess(fetched(), 240)
+        page.press("/")
+        page.type("101-0042")
+        page.wait(self.SHOWN + " === 1")
+        page.wait("document.querySelector('.folder:not([hidden]) .item:not([hidden]) img')"
+                  "?.naturalWidth > 0")
+        page.press("Escape")
+        page.wait(f"{self.SHOWN} === 240")
+        for number in range(0, 240, 4):  # through the whole page
+            page.evaluate(f"document.getElementById('item-{number + 1}').scrollIntoView()")
+            page.wait(f"document.querySelector('#item-{number + 4} img')?.naturalWidth > 0")
+        page.wait(f"document.images.length === 240 && {complete}")
+        decoded = dict(page.evaluate(
+            "[...document.images].map(image => [image.closest('.item').dataset.id, "
+            "`${image.naturalWidth}x${image.naturalHeight}`])"))
+        self.assertEqual(decoded, recorded)
+        self.assertEqual(fetched(), 240)
+        self.assertEqual(page.complaints(), [])
+
+    def test_has_readable_colours(self):
+        path = self.changed_card()
+        for dark in (False, True):
+            page = self.open(path, height=6000, dark=dark)
+            page.wait("document.querySelectorAll('.item.built').length === "
+                      "document.querySelectorAll('.item').length")
+            page.evaluate("document.querySelectorAll('details').forEach(d => d.open = true)")
+            page.wait("document.querySelectorAll('details dl').length === "
+                      "document.querySelectorAll('details').length")
+            for theme in ("as the system", "light", "dark"):
+                with self.subTest(system="dark" if dark else "light", theme=theme):
+                    found = page.evaluate(CONTRASTS)
+                    self.assertGreater(len(found["texts"]), 100)
+                    self.assertEqual([text for text in found["texts"] if text[1] < 4.5], [])
+                    self.assertEqual([drawing for drawing in found["drawings"] if drawing[1] < 3], [])
+                page.evaluate("document.getElementById('theme').click()")
 
     def test_opens_a_page_of_many_items(self):
         database = self.copy("large.db")

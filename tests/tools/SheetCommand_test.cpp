@@ -1,8 +1,14 @@
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <thread>
 
 #include "tools/CommandTest.h"
 
@@ -77,6 +83,24 @@ class SheetCommand : public orx_test::CommandTest {
     const std::string offset = Cell("SELECT ThumbnailOffset" + of);
     return FileText(Picture()).substr(std::stoul(offset),
                                       std::stoul(Cell("SELECT ThumbnailLength" + of)));
+  }
+
+  // A text of any bytes for SQL.
+  static std::string Cast(const std::string& bytes) {
+    std::ostringstream sql;
+    sql << "CAST(x'" << std::hex;
+    for (const char c : bytes) sql << (static_cast<unsigned char>(c) >> 4) << (c & 15);
+    sql << "' AS TEXT)";
+    return sql.str();
+  }
+  // What is in the folder that is nobody's: neither card, databases nor the page.
+  std::vector<std::string> Leftovers() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(dir_.Path(""))) {
+      const std::string name = entry.path().filename();
+      if (Contains(name, "page.html.") || Contains(name, ".jpg.")) names.push_back(name);
+    }
+    return names;
   }
 
   const std::string page_ = dir_.Path("page.html");
@@ -216,6 +240,96 @@ TEST_F(SheetCommand, LeavesNothingWhereItCannotWrite) {
   ExpectFailure({"sheet", database_, dir_.Path("no/page.html")},
                 "page '" + dir_.Path("no/page.html") + "': No such file or directory");
   ExpectFailure({"sheet", database_, card_}, "page '" + card_ + "' is a folder");
+}
+
+TEST_F(SheetCommand, LeavesTheEarlierDatabaseAlone) {
+  Scan();
+  const std::string before = dir_.Path("before.db");
+  std::filesystem::copy(database_, before);
+  const std::string content = FileText(before);
+  std::filesystem::create_symlink(before, dir_.Path("link.html"));
+  std::filesystem::create_hard_link(before, dir_.Path("same.html"));
+  for (const std::string& page : {before, dir_.Path("link.html"), dir_.Path("same.html")})
+    ExpectFailure({"sheet", database_, page, "--before", before, "--force"},
+                  "page '" + page + "' is the earlier database");
+  EXPECT_EQ(FileText(before), content);
+}
+
+TEST_F(SheetCommand, KeepsTheEarlierPageWhenAWriteFails) {
+  Scan();
+  const std::string page = Sheet();
+  const ProcessResult result =
+      orx_test::RunProcess(CommandLine({"sheet", database_, page_}), {}, [] {
+        const rlimit limit = {8192, 8192};
+        setrlimit(RLIMIT_FSIZE, &limit);
+      });
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errors, "orxscan: page '" + page_ + "': File too large\n");
+  EXPECT_EQ(FileText(page_), page);
+  EXPECT_EQ(Leftovers(), std::vector<std::string>{});
+}
+
+TEST_F(SheetCommand, LeavesNothingBehindWhenASignalEndsIt) {
+  Scan();
+  const std::string before = dir_.Path("before.db");
+  std::filesystem::copy(database_, before);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    sqlite3* lock = nullptr;  // the command waits for it when its page has begun
+    ASSERT_EQ(sqlite3_open(before.c_str(), &lock), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(lock, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    int pid[2];
+    ASSERT_EQ(pipe(pid), 0);
+    ProcessResult result;
+    std::thread command([&] {
+      result = orx_test::RunProcess(CommandLine({"sheet", database_, page_, "--before", before}),
+                                    {}, [&] {
+                                      const pid_t self = getpid();
+                                      if (write(pid[1], &self, sizeof self) != sizeof self)
+                                        _exit(1);
+                                    });
+    });
+    pid_t process = 0;
+    EXPECT_EQ(read(pid[0], &process, sizeof process), static_cast<ssize_t>(sizeof process));
+    while (Leftovers().empty()) std::this_thread::yield();
+    kill(process, number);
+    command.join();
+    close(pid[0]);
+    close(pid[1]);
+    sqlite3_close(lock);
+    EXPECT_EQ(result.status, 128 + number) << result.errors;
+    EXPECT_EQ(Leftovers(), std::vector<std::string>{});
+    EXPECT_FALSE(std::filesystem::exists(page_));
+  }
+}
+
+TEST_F(SheetCommand, MarksAFileThatCannotBeRead) {
+  Scan();
+  std::filesystem::permissions(Picture(), std::filesystem::perms::none);
+  const ProcessResult result =
+      orx_test::RunProcess(CommandLine({"sheet", database_, page_}), {}, [] {
+        constexpr unsigned long kOverride = 1, kReadAnything = 2;  // of the system's capabilities
+        if (geteuid() == 0 && (prctl(PR_CAPBSET_DROP, kOverride, 0, 0, 0) != 0 ||
+                               prctl(PR_CAPBSET_DROP, kReadAnything, 0, 0, 0) != 0))
+          _exit(77);
+      });
+  if (result.status == 77) GTEST_SKIP() << "this user may read every file";
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_TRUE(Contains(result.output, "file cannot be read: 1\n")) << result.output;
+  EXPECT_TRUE(Marked(FileText(page_), "unreadable"));
+}
+
+TEST_F(SheetCommand, ShowsAPathThatIsNoUtf8) {
+  Scan();
+  const std::string path = card_ + "/DCIM/100ORXSC/ORX\xff\xc3(.JPG";
+  std::filesystem::rename(Picture(), path);
+  for (const char* table : {"ObjectTable", "ImageTable"})
+    Execute(std::string("UPDATE ") + table + " SET FullPath = " + Cast(path) +
+            " WHERE FullPath = '" + Picture() + "'");
+  const std::string page = Sheet();
+  const auto files = Parts(page, kFile);
+  EXPECT_EQ(std::count(files.begin(), files.end(), "ORX\\xff\\xc3(.JPG"), 1);
+  EXPECT_FALSE(Marked(page, "gone"));
+  EXPECT_EQ(Everything(page, "id=\"thumbnail-", "\"").size(), 4u);
 }
 
 TEST_F(SheetCommand, LeavesTheDatabaseAsItIs) {

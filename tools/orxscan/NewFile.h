@@ -10,7 +10,7 @@ namespace orxscan {
 class NewFile {
  public:
   // Begins the file, under another name in the same folder.  Throws a Failure that begins with
-  // `kind` and the name.
+  // `kind` and the name.  A signal that ends the command removes the file, too.
   NewFile(const char* kind, const std::string& path);
   ~NewFile();  // removes what was not finished
   NewFile(const NewFile&) = delete;

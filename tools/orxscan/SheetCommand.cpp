@@ -57,6 +57,8 @@ std::string PagePath(const Options& options, const DatabaseFile& database) {
   if (S_ISDIR(status.st_mode)) throw Failure("page {} is a folder", name);
   if (!S_ISREG(status.st_mode)) throw Failure("page {} is not a regular file", name);
   if (SameFile(status, database.path())) throw Failure("page {} is the database", name);
+  if (!options.before.empty() && SameFile(status, options.before))
+    throw Failure("page {} is the earlier database", name);
   if (!options.force && status.st_size != 0 && !IsSheet(path))
     throw Failure("{} is there and not a page of this command; --force replaces it", name);
   std::error_code error;  // behind a link, so that the link stays
