@@ -287,6 +287,7 @@ struct Move {
   const char* name;
   void (*move)();
 };
+void PrintTo(const Move& kind, std::ostream* out) { *out << kind.name; }
 const Move kMoves[] = {
     {"Vanishes", [] { std::filesystem::remove(movingFile); }},
     {"Grows", [] { std::ofstream(movingFile, std::ios::binary | std::ios::app) << "more"; }},

@@ -128,8 +128,7 @@ class HostileTextsTest : public orx_test::CommandTest {
                                std::filesystem::copy_options::overwrite_existing);
   }
 
-  // Runs the command in an empty folder, where it may make the file `made`, and whose files it does
-  // not see when it runs again.
+  // Runs the command in an empty folder of its own, in which it may leave the file `made` alone.
   ProcessResult RunPlainly(const Arguments& arguments, const std::string& made = "") const {
     const std::string folder = dir_.MakeDir("work");
     const ProcessResult result = orx_test::RunProcess(CommandLine(arguments), {}, [&] {
@@ -157,7 +156,7 @@ class HostileTextsTest : public orx_test::CommandTest {
     return path;
   }
 
-  std::string original_ = dir_.Path("original.db");
+  const std::string original_ = dir_.Path("original.db");
   Contents before_;
 };
 
@@ -168,6 +167,7 @@ struct Place {
   const char* name;
   Arguments arguments;
 };
+void PrintTo(const Place& place, std::ostream* out) { *out << place.name; }
 
 const Place kPlaces[] = {
     {"Command", {"TEXT", "DB"}},
