@@ -161,7 +161,8 @@ Command AddSheetCommand(CLI::App* parent) {
       ->type_name("DB");
   app->add_flag("--thumbnails-beside", options->beside,
                 "write the thumbnails into the folder OUT_thumbnails, not into the page");
-  app->add_flag("--force", options->force, "replace whatever file has the name of the page");
+  app->add_flag("--force", options->force,
+                "replace whatever file has the name of the page, except one of the databases");
   app->footer("Example: orxscan sheet media.db media.html");
   return {app, [options] { return MakeSheet(*options); }};
 }
