@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -262,8 +263,9 @@ TEST_F(ScanCommand, KeepsWhatWasDoneWhenInterrupted) {
   bool sent = false;
   const ProcessResult result = RunOnTerminal(
       CommandLine({"scan", card_, database_}), [&](const std::string& output, Terminal terminal) {
-        // The first line is drawn before the scan, the second while it runs.
-        if (sent || output.find(" files", output.find(" files") + 1) == std::string::npos) return;
+        // "\r25 of 8011 files": with more files than the card has of other kinds.
+        const size_t line = output.rfind('\r');
+        if (sent || line == std::string::npos || atoi(output.c_str() + line + 1) < 20) return;
         sent = true;
         EXPECT_EQ(write(terminal.descriptor, "\x03", 1), 1);  // Ctrl-C
       });
