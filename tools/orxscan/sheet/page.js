@@ -142,6 +142,7 @@
   // In folders near the window every sixth item is watched; when one comes near, those before and
   // behind it are built as well.
   const GROUP = 6;
+  const FIRST = 24;  // built at once, so that no page begins with empty cards
   const NEAR = { rootMargin: "1200px" };
   const watched = new Map();
   const nearItems = new IntersectionObserver((entries) => {
@@ -287,6 +288,7 @@
     byId("shown").textContent = shown === total ? items(total) : `${number(shown)} of ${items(total)}`;
     byId("nothing").hidden = shown > 0 || total === 0;
     byId("reset").disabled = all;
+    visible.slice(0, FIRST).forEach(build);
     estimateHeights();
     watch();
   }
