@@ -1,27 +1,17 @@
-// The connection, the tables and the two ways of running SQL.
+// The instance, its connection and the two ways of running SQL.
 #include "FileScanner/DataBaseMgr.h"
 
-#include <sys/stat.h>
-
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "FileScanner/DataBaseGuard.h"
-#include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
-#include "FileScanner/UnfinishedFile.h"
-#include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
-#include "OSAL/ORXMemory.h"
-#include "Platform/CameraPlatform.h"
 
 DataBaseMgr* DataBaseMgr::mpThisInstance = nullptr;
 sqlite3* DataBaseMgr::ppDataBase = nullptr;
@@ -31,99 +21,9 @@ char** DataBaseMgr::result = nullptr;
 
 namespace {
 
-// Lookups by path and by parent would otherwise read a whole table for every file of a scan.
-struct IndexedColumn {
-  const char* table;
-  const char* column;
-};
-constexpr IndexedColumn kIndexedColumns[] = {{"ObjectTable", "FullPath"},
-                                             {"ObjectTable", "parentID"},
-                                             {"AudioTable", "FullPath"},
-                                             {"VideoTable", "FullPath"},
-                                             {"ImageTable", "FullPath"}};
-
-// A table of the database with the label under which its statement is logged.
-struct LabelledTable {
-  const char* label;
-  const orx::TableLayout& layout;
-};
-const LabelledTable kObjectOnlyTables[] = {{"object", orx::kObjectTableObjectOnly}};
-const LabelledTable kBackupTables[] = {{"object", orx::kObjectTableBackup}};
-const LabelledTable kAllTables[] = {{"object", orx::kObjectTable},
-                                    {"container", orx::kContainerTable},
-                                    {"audio", orx::kAudioTable},
-                                    {"video", orx::kVideoTable},
-                                    {"image", orx::kImageTable}};
-
 constexpr char kNotOpen[] = "no database is open";
 
-// Whether the path names a file, not a database in memory or SQLite's own kinds of name, that is
-// still to be made.
-bool IsNewFile(const char* fileName) {
-  const bool special = *fileName == '\0' || *fileName == ':' || strncmp(fileName, "file:", 5) == 0;
-  struct stat64 status = {};
-  return !special && stat64(fileName, &status) != 0 && errno == ENOENT;
-}
-
-// Whether there is a database already, even if it does not open.
-bool HoldsData(const char* fileName) {
-  struct stat64 status = {};
-  return stat64(fileName, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
-}
-
-std::string BoundedText(const char* text, size_t size) {
-  return std::string(text, strnlen(text, size));
-}
-
-std::string ColumnDefinition(const TableColumn& column) {
-  const std::string type = BoundedText(column.szType, sizeof column.szType);
-  std::string definition = BoundedText(column.szName, sizeof column.szName) + " " + type;
-  if (type == "VARCHAR") definition += "(" + std::to_string(column.nSize) + ")";
-  return definition + " " + BoundedText(column.szConstraint, sizeof column.szConstraint);
-}
-
-int CreateTable(DataBaseMgr* database, const char* label, const orx::TableLayout& table) {
-  char* sql = GetCreatTblSqlStmt(table.name, table.count, table.columns);
-  if (sql != nullptr) ORX_LOG_INFO("%s :\n%s\n", label, sql);
-  const int created = database->ExecSqlStatmentNoValueReturn(sql);
-  ORXMemory::Free(sql);
-  return created;
-}
-
-void CreateIndexes(DataBaseMgr* database, const char* table) {
-  for (const IndexedColumn& indexed : kIndexedColumns) {
-    if (strcmp(indexed.table, table) != 0) continue;
-    const std::string sql = std::string("create index ") + table + "_" + indexed.column + " on " +
-                            table + " (" + indexed.column + ");";
-    database->ExecSqlStatmentNoValueReturn(sql.c_str());
-  }
-}
-
-// A failing statement does not stop the rest.  Indexes come after all the tables, and only for
-// those that are new.
-template <size_t kCount>
-void CreateAll(DataBaseMgr* database, const LabelledTable (&tables)[kCount]) {
-  bool created[kCount];
-  for (size_t i = 0; i < kCount; ++i)
-    created[i] = CreateTable(database, tables[i].label, tables[i].layout) == 1;
-  for (size_t i = 0; i < kCount; ++i)
-    if (created[i]) CreateIndexes(database, tables[i].layout.name);
-}
-
 }  // namespace
-
-char* GetCreatTblSqlStmt(const char* tableName, int count, const TableColumn* columns) {
-  if (tableName == nullptr || (count > 0 && columns == nullptr)) return nullptr;
-  return orx::Guarded(__func__, static_cast<char*>(nullptr), [&] {
-    std::string sql = std::string("create table ") + tableName + " (";
-    for (int i = 0; i < count; ++i) {
-      if (i > 0) sql += ',';
-      sql += ColumnDefinition(columns[i]);
-    }
-    sql += ");";
-    return ORXCString::DupCopy(sql.c_str());
-  });
-}
 
 char* GetUniqueId() {
   static std::atomic<int> counter{0};
@@ -152,68 +52,6 @@ void DataBaseMgr::CloseDatabase() {
   statements_->Clear();
   sqlite3_close_v2(ppDataBase);
   ppDataBase = nullptr;
-}
-
-int DataBaseMgr::OpenDB(const char* fileName) {
-  if (fileName == nullptr) return 0;
-  if (ppDataBase != nullptr) return 1;
-
-  const bool exists =
-      sqlite3_open_v2(fileName, &ppDataBase, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK;
-  if (sqlite3_close(ppDataBase) != SQLITE_OK)
-    ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
-  ppDataBase = nullptr;
-  if (exists || HoldsData(fileName)) {
-    const int code = orx::OpenConnection(fileName, &ppDataBase);
-    if (code == SQLITE_OK) return 1;
-    ORX_LOG_ERROR("[DataBaseMgr::OpenDB] sqlite3_open error = [%d]", code);
-    return 0;
-  }
-
-  if (CreateDbmsSystem(fileName) == 1) return 1;
-  ORX_LOG_INFO("[DataBaseMgr::OpenDB] CreateDbmsSystem failed");
-  return 0;
-}
-
-int DataBaseMgr::CreateDbmsSystem(const char* fileName) {
-  if (fileName == nullptr) return 0;
-  return Guard(this).Run(__func__, 0, [&] {
-    if (!IsNewFile(fileName)) {
-      if (CreateDB(fileName) == 0) return 0;
-      CreateTables();
-      return 1;
-    }
-    // A file without its tables, left behind by a power cut, would never get any.
-    const orx::UnfinishedFile unfinished(fileName);
-    if (CreateDB(unfinished.path()) == 0) return 0;
-    orx::WriteTransaction creation(this);
-    CreateTables();
-    const bool complete = creation.End();
-    CloseDatabase();
-    if (!complete || !unfinished.Finish()) return 0;
-    return CreateDB(fileName);
-  });
-}
-
-int DataBaseMgr::CreateDB(const char* fileName) {
-  if (fileName == nullptr) return 0;
-  CloseDatabase();
-  const int code = orx::OpenConnection(fileName, &ppDataBase);
-  if (code == SQLITE_OK) return 1;
-  ORX_LOG_ERROR("[DataBaseMgr::CreateDB] sqlite3_open error = [%d]", code);
-  return 0;
-}
-
-void DataBaseMgr::CreateTables() try {
-  const Guard guard(this);
-  const int mode = GetTandemixMode();
-  ORX_LOG_INFO("[DataBaseMgr::CreateTables] DLNA Mode type - %d\n", mode);
-  if (mode == orx::kObjectOnlyMode) return CreateAll(this, kObjectOnlyTables);
-  if (mode == orx::kBackupMode) return CreateAll(this, kBackupTables);
-  printf("---> TANDEMIXMode = %d \n", GetTandemixMode());
-  CreateAll(this, kAllTables);
-} catch (const std::exception&) {
-  OutOfMemory(__func__);
 }
 
 void DataBaseMgr::FailWriting() {

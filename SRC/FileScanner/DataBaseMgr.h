@@ -64,7 +64,7 @@ class ORX_API DataBaseMgr {
   DataBaseMgr(const DataBaseMgr&) = delete;
   DataBaseMgr& operator=(const DataBaseMgr&) = delete;
 
-  // ---- Connection and schema (DataBaseMgr.cpp) ----
+  // ---- Connection and schema (DataBaseMgr.cpp, DataBaseMgr_Open.cpp) ----
   // Opens the database, or creates it with the tables that the sharing mode selects.  An open
   // connection is kept, whatever file it belongs to.
   int OpenDB(const char* fileName);
