@@ -9,7 +9,7 @@ class DataBaseMgr::Guard {
  public:
   explicit Guard(DataBaseMgr* database) : database_(*database) {}
   ~Guard() {
-    if (watch_.OutOfMemory()) database_.FailWriting();
+    if (watch_.OutOfMemory()) database_.FailWriting(SQLITE_NOMEM);
   }
   Guard(const Guard&) = delete;
   Guard& operator=(const Guard&) = delete;

@@ -4,10 +4,14 @@
 #include <atomic>
 #include <string>
 
+#include "FileScanner/CancelRequests.h"
 #include "FileScanner/DataBaseGuard.h"
+#include "FileScanner/DirectoryScanner.h"
+#include "FileScanner/LockWaiting.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/SqlStatement.h"
+#include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
@@ -22,6 +26,22 @@ char** DataBaseMgr::result = nullptr;
 namespace {
 
 constexpr char kNotOpen[] = "no database is open";
+
+// The host may ask from another thread; the instances belong to this one.
+bool StopAsked() {
+  const DirectoryScanner* scanner = DirectoryScanner::singleInstance;
+  const DataBaseMgr* database = DataBaseMgr::mpThisInstance;
+  return (scanner != nullptr && scanner->bDirectoryScanCancelFlag) ||
+         (database != nullptr && database->bInvalidateAllItemsCancelFlag != 0);
+}
+
+// A NULL cell is the empty text.
+const char* CellText(sqlite3_stmt* row, int column) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(row, column));
+  if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(row)) == SQLITE_NOMEM)
+    throw std::bad_alloc();
+  return text != nullptr ? text : "";
+}
 
 }  // namespace
 
@@ -40,11 +60,29 @@ void DataBaseMgr::DestroyInstance() {
   mpThisInstance = nullptr;
 }
 
-DataBaseMgr::DataBaseMgr() : statements_(std::make_unique<orx::StatementCache>()) {}
+DataBaseMgr::DataBaseMgr()
+    : statements_(std::make_unique<orx::StatementCache>()),
+      writing_(std::make_unique<orx::Writing>()) {
+  vdata.clear();
+  vcol_head.clear();
+}
 
 DataBaseMgr::~DataBaseMgr() {
   CloseDatabase();
   bInvalidateAllItemsCancelFlag = 0;
+  orx::CancelRequests::ofDatabase = false;
+}
+
+// As long-lived as the class-wide connection, which may outlive its manager in the hands of a host.
+orx::LockWaiting& DataBaseMgr::Waiting() {
+  static orx::LockWaiting waiting(StopAsked);
+  return waiting;
+}
+
+int DataBaseMgr::Connect(const char* fileName) {
+  const int code = orx::OpenConnection(fileName, &ppDataBase);
+  if (code == SQLITE_OK) Waiting().Install(ppDataBase);
+  return code;
 }
 
 // A statement that another instance compiled keeps the connection alive until it is done with it.
@@ -52,34 +90,6 @@ void DataBaseMgr::CloseDatabase() {
   statements_->Clear();
   sqlite3_close_v2(ppDataBase);
   ppDataBase = nullptr;
-}
-
-void DataBaseMgr::FailWriting() {
-  if (writing_ == Writing::kInTransaction) writing_ = Writing::kFailed;
-}
-
-void DataBaseMgr::OutOfMemory(const char* where) {
-  orx::NoteOutOfMemory(where);
-  FailWriting();
-}
-
-void DataBaseMgr::NoteCode(int code) {
-  switch (code & 0xFF) {
-    case SQLITE_NOMEM:
-    case SQLITE_FULL:
-    case SQLITE_IOERR:
-    case SQLITE_CANTOPEN:
-    case SQLITE_CORRUPT:
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_PROTOCOL:
-    case SQLITE_INTERRUPT:
-    case SQLITE_ABORT:
-    case SQLITE_INTERNAL:
-      return FailWriting();
-    default:  // what the statement itself asked for
-      return;
-  }
 }
 
 void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* message) {
@@ -96,69 +106,102 @@ int DataBaseMgr::ExecSqlStatmentNoValueReturn(const char* sql) {
     LogFailedStatement(sql, SQLITE_MISUSE, kNotOpen);
     return 0;
   }
-  if (WritingFailed()) return 0;
+  if (GivenUp()) return 0;
+  int code = SQLITE_OK;
+  if (Exec(sql, &code) == 1) return 1;
+  return orx::Guarded(__func__, 0, [&] {
+    NoteFailedWrite(code, sql);
+    return 0;
+  });
+}
+
+int DataBaseMgr::Exec(const char* sql, int* outcome) {
   char* message = nullptr;
   const int code = sqlite3_exec(ppDataBase, sql, nullptr, nullptr, &message);
-  if (code == SQLITE_OK) return 1;
-  NoteCode(code);
+  if (outcome != nullptr) *outcome = code;
+  if (code == SQLITE_OK) {
+    Waiting().NoteSuccess();
+    return 1;
+  }
   LogFailedStatement(sql, code, message != nullptr ? message : "");
   sqlite3_free(message);
   return 0;
 }
 
 int DataBaseMgr::ExecSqlStatment(const char* sql) {
-  if (WritingFailed()) {
+  if (writing_->Stopped()) {
     orx::ClearResult(Result(), SQLITE_ABORT);
     return 0;
   }
-  return Guard(this).Run(__func__, 0, [&] {
-    const int fetched = orx::FetchTable(ppDataBase, sql, Result());
-    NoteCode(nLastResult);
-    return fetched;
-  });
+  const int fetched = orx::FetchTable(ppDataBase, sql, Result());
+  if (nLastResult != SQLITE_OK && sql != nullptr)
+    orx::Guarded(__func__, [&] { NoteFailedQuery(nLastResult, sql); });
+  return fetched;
 }
+
+// ---- statements with bound values --------------------------------------------------------------
 
 // Does for a statement with bound values what ExecSqlStatmentNoValueReturn does for a text.
 int DataBaseMgr::Run(const orx::SqlStatement& statement) {
-  if (WritingFailed()) return 0;
-  return Guard(this).Run(__func__, 0, [&] { return RunCompiled(statement); });
-}
-
-int DataBaseMgr::RunCompiled(const orx::SqlStatement& statement) {
-  std::string reason;
-  if (ppDataBase == nullptr || !statement.Accepted(&reason)) {
+  if (GivenUp()) return 0;
+  return Guard(this).Run(__func__, 0, [&] {
+    std::string reason;
+    if (ppDataBase != nullptr && statement.Accepted(&reason)) return RunAccepted(statement);
     LogRefusedStatement(statement.Printed(), reason);
     return 0;
+  });
+}
+
+int DataBaseMgr::RunAccepted(const orx::SqlStatement& statement) {
+  if (MetDamage(statement)) {
+    ORX_LOG_ERROR("Error : left out, as the database is damaged there: %s",
+                  statement.Printed().c_str());
+    return 0;
   }
-  int code = SQLITE_OK;
-  if (sqlite3_stmt* compiled = statements_->Get(ppDataBase, statement, &code);
-      compiled != nullptr) {
-    const orx::StatementUse use(compiled);
-    if (statement.BindTo(compiled)) {
-      do {
-        code = sqlite3_step(compiled);
-      } while (code == SQLITE_ROW);
-      if (code == SQLITE_DONE) return 1;
-    }
-    code = sqlite3_errcode(ppDataBase);
+  ReopenPair();
+  int code = Execute(statement);
+  if (GiveUpReadLock(code)) code = Execute(statement);
+  if (code == SQLITE_OK) {
+    Waiting().NoteSuccess();
+    return 1;
   }
-  NoteCode(code);
-  LogFailedStatement(statement.Printed().c_str(), code, sqlite3_errmsg(ppDataBase));
+  const std::string printed = statement.Printed();
+  LogFailedStatement(printed.c_str(), code, sqlite3_errmsg(ppDataBase));
+  NoteFailedWrite(code, printed);
   return 0;
+}
+
+// SQLite's code, SQLITE_OK when the statement has run.
+int DataBaseMgr::Execute(const orx::SqlStatement& statement) {
+  int code = SQLITE_OK;
+  const orx::CompiledStatement compiled = Compile(statement, &code);
+  if (compiled.get() == nullptr) return code;
+  if (!statement.BindTo(compiled.get())) return sqlite3_errcode(ppDataBase);
+  do {
+    code = sqlite3_step(compiled.get());
+  } while (code == SQLITE_ROW);
+  return code == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(ppDataBase);
+}
+
+// Compiled statements are kept while a scan runs, and never longer, as one that is left keeps the
+// host from closing the connection.
+orx::CompiledStatement DataBaseMgr::Compile(const orx::SqlStatement& statement, int* code) {
+  if (writing_->kind != orx::Writing::Kind::kTransaction)
+    return orx::CompiledStatement::New(ppDataBase, statement.CompiledText(), code);
+  return statements_->Get(ppDataBase, statement, code);
 }
 
 // Says what SQLite thinks of the printed text, which is compiled for that and never run; the text
 // may be one that it would take, and then the reason of the refusal is given.
 void DataBaseMgr::LogRefusedStatement(const std::string& printed, const std::string& reason) {
   if (ppDataBase == nullptr) return LogFailedStatement(printed.c_str(), SQLITE_MISUSE, kNotOpen);
-  sqlite3_stmt* compiled = nullptr;
-  const int code = sqlite3_prepare_v2(ppDataBase, printed.c_str(), -1, &compiled, nullptr);
+  int code = SQLITE_OK;
+  const auto compiled = orx::CompiledStatement::New(ppDataBase, printed, &code);
   if (code != SQLITE_OK) {
     LogFailedStatement(printed.c_str(), code, sqlite3_errmsg(ppDataBase));
   } else {
     LogFailedStatement(printed.c_str(), SQLITE_ERROR, reason.c_str());
   }
-  sqlite3_finalize(compiled);
 }
 
 orx::QueryResult DataBaseMgr::Result() {
@@ -166,51 +209,59 @@ orx::QueryResult DataBaseMgr::Result() {
 }
 
 // Does for a statement with bound values what ExecSqlStatment does for a text.
-int DataBaseMgr::Query(const orx::SqlStatement& statement, orx::ResultRows* rows) {
-  if (WritingFailed()) {
-    orx::ClearResult(Result(), SQLITE_ABORT);
-    return 0;
-  }
-  const orx::FaultWatch watch;
-  const int queried = Guard(this).Run(__func__, 0, [&] { return QueryCompiled(statement, rows); });
-  if (watch.OutOfMemory()) orx::ClearResult(Result(), SQLITE_NOMEM);
-  NoteCode(nLastResult);
-  return queried;
-}
-
-int DataBaseMgr::QueryCompiled(const orx::SqlStatement& statement, orx::ResultRows* rows) {
-  orx::ClearResult(Result(), ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
-  std::string reason;
-  if (ppDataBase == nullptr || !statement.Accepted(&reason)) return 0;
-  sqlite3_stmt* compiled = statements_->Get(ppDataBase, statement, &nLastResult);
-  if (compiled == nullptr) return 0;
-
-  const orx::StatementUse use(compiled);
-  int code = SQLITE_ERROR;
-  if (statement.BindTo(compiled))
-    while ((code = sqlite3_step(compiled)) == SQLITE_ROW) AddRow(compiled, rows);
-  if (code != SQLITE_DONE) {
-    orx::ClearResult(Result(), code);
-    return 0;
-  }
-  nLastResult = SQLITE_OK;
-  return 1;
-}
-
-void DataBaseMgr::AddRow(sqlite3_stmt* row, orx::ResultRows* rows) {
-  nColumns = sqlite3_column_count(row);
-  for (int i = 0; i < nColumns; ++i) {
-    if (nRows == 0) vcol_head.emplace_back(sqlite3_column_name(row, i));
-    auto* cell = reinterpret_cast<const char*>(sqlite3_column_text(row, i));
-    if (cell == nullptr && sqlite3_errcode(ppDataBase) == SQLITE_NOMEM) throw std::bad_alloc();
-    if (cell == nullptr) cell = "";
-    if (rows != nullptr) {
-      rows->AddCell(cell);
-    } else {
-      vdata.emplace_back(cell);
+int DataBaseMgr::Query(const orx::SqlStatement& statement) {
+  const orx::QueryResult to = Result();
+  return Read(statement, to, [&](sqlite3_stmt* row) {
+    *to.columns = sqlite3_column_count(row);
+    for (int i = 0; i < *to.columns; ++i) {
+      if (*to.rows == 0) to.names->emplace_back(sqlite3_column_name(row, i));
+      to.cells->emplace_back(CellText(row, i));
     }
+    ++*to.rows;
+  });
+}
+
+orx::ResultRows DataBaseMgr::Fetch(const orx::SqlStatement& statement) {
+  orx::ResultRows fetched;
+  const orx::QueryResult to = {&nLastResult, &fetched.rows, &fetched.columns, nullptr, nullptr};
+  fetched.ok = Read(statement, to, [&](sqlite3_stmt* row) {
+                 fetched.columns = sqlite3_column_count(row);
+                 for (int i = 0; i < fetched.columns; ++i) fetched.AddCell(CellText(row, i));
+                 ++fetched.rows;
+               }) == 1;
+  if (!fetched.ok) return {};  // nor what was read before the failure
+  return fetched;
+}
+
+template <typename AddRow>
+int DataBaseMgr::Read(const orx::SqlStatement& statement, const orx::QueryResult& to,
+                      const AddRow& addRow) {
+  orx::ClearResult(to, ppDataBase != nullptr ? SQLITE_ERROR : SQLITE_MISUSE);
+  if (writing_->Stopped()) *to.code = SQLITE_ABORT;
+  if (ppDataBase == nullptr || writing_->Stopped()) return 0;
+  if (!orx::Guarded(__func__, [&] { *to.code = ReadAccepted(statement, addRow); }))
+    *to.code = SQLITE_NOMEM;
+  if (const int code = *to.code; code != SQLITE_OK) orx::ClearResult(to, code);
+  if (*to.code == SQLITE_OK) {
+    Waiting().NoteSuccess();
+    return 1;
   }
-  ++nRows;
+  orx::Guarded(__func__, [&] { NoteFailedQuery(*to.code, statement.Printed()); });
+  return 0;
+}
+
+// SQLite's code, SQLITE_OK when all rows were read.
+template <typename AddRow>
+int DataBaseMgr::ReadAccepted(const orx::SqlStatement& statement, const AddRow& addRow) {
+  std::string reason;
+  if (!statement.Accepted(&reason)) return SQLITE_ERROR;
+  if (MetDamage(statement)) return SQLITE_CORRUPT;
+  int code = SQLITE_OK;
+  const orx::CompiledStatement compiled = Compile(statement, &code);
+  if (compiled.get() == nullptr) return code;
+  if (!statement.BindTo(compiled.get())) return SQLITE_ERROR;
+  while ((code = sqlite3_step(compiled.get())) == SQLITE_ROW) addRow(compiled.get());
+  return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
 void DataBaseMgr::DropTable(const TChar* tableName) {
@@ -227,7 +278,7 @@ int DataBaseMgr::DestroyTables() {
 
 bool DataBaseMgr::NeedToDeleteDB(const char* directoryPath) {
   if (directoryPath == nullptr) return false;
-  return Guard(this).Run(__func__, false, [&] {
+  return orx::Guarded(__func__, false, [&] {
     // Without an index: the answer looks at the first row in id order.
     const std::string prefix = std::string(directoryPath) + "%";
     Query(orx::SqlStatement("select id from ObjectTable not indexed where FullPath not like '%s'")
@@ -244,21 +295,15 @@ int DataBaseMgr::NeedToDeleteDBforSorting() {
       "select count(*) from VideoTable where SortIndex is not null");
 }
 
-void DataBaseMgr::CancelInvalidateAllItems() { bInvalidateAllItemsCancelFlag = 1; }
+void DataBaseMgr::CancelInvalidateAllItems() {
+  bInvalidateAllItemsCancelFlag = 1;
+  orx::CancelRequests::ofDatabase = true;
+}
 
 void DataBaseMgr::InsertDIRintoDB(const char* /*directoryPath*/) {}
 
 void DataBaseMgr::SetPath() {}
 
-// Whoever takes the address may close the connection or put another in its place; a compiled
-// statement left behind would keep the old one from closing.
-sqlite3** DataBaseMgr::getPpDataBase() {
-  statements_->Clear();
-  return &ppDataBase;
-}
-
 void DataBaseMgr::setPpDataBase(sqlite3** handle) {
-  if (handle == nullptr) return;
-  statements_->Clear();
-  ppDataBase = *handle;
+  if (handle != nullptr) ppDataBase = *handle;
 }

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "FileScanner/DcfFileInfoVector.h"
@@ -26,11 +27,15 @@ class VideoMetaData;
 
 namespace orx {
 struct QueryResult;
+class CompiledStatement;
+class LockWaiting;
 class ResultRows;
-class RevocableRemoval;
+class ScanTransaction;
 class SqlStatement;
 class StatementCache;
+class WritePair;
 class WriteTransaction;
+struct Writing;
 }  // namespace orx
 
 // One column of a table: the size counts for VARCHAR only.
@@ -86,7 +91,7 @@ class ORX_API DataBaseMgr {
 
   bool getIsDbExists() const { return isDbExists; }
   void setIsDbExists(bool exists) { isDbExists = exists; }
-  sqlite3** getPpDataBase();
+  sqlite3** getPpDataBase() { return &ppDataBase; }
   void setPpDataBase(sqlite3** handle);
   char* getPszDbName() const { return pszDbName; }
   void setPszDbName(char* name) { pszDbName = name; }  // not copied, not owned
@@ -195,33 +200,54 @@ class ORX_API DataBaseMgr {
   std::atomic<int> bInvalidateAllItemsCancelFlag{0};
 
  private:
-  friend class orx::RevocableRemoval;
+  friend class orx::ScanTransaction;
+  friend class orx::WritePair;
   friend class orx::WriteTransaction;
 
-  // How far what is written holds together.  After a failure inside a transaction nothing more is
-  // run until its end.
-  enum class Writing { kPlain, kInTransaction, kFailed };
-  bool WritingFailed() const { return writing_ == Writing::kFailed; }
-  void FailWriting();
-  void NoteCode(int code);  // fails the transaction when `code` says that the machine failed
+  // What a failure means for what is being written (DataBaseMgr_Failures.cpp).
+  bool GivenUp() const;        // no write is run any more
+  void FailWriting(int code);  // the machine failed
+  void NoteFailedWrite(int code, const std::string& sql);
+  void NoteFailedQuery(int code, const std::string& sql);
+  bool GiveUpReadLock(int code);  // true when the statement may be tried again
+  void ReopenPair();
+  bool MetDamage(const orx::SqlStatement& statement) const;  // in an earlier run of the scan
+  bool MetDamage(const std::string& sql) const;
+  void RunAgain(int code, const std::string& without);
+  void NoteDamagedItem(const MediaMetaData& record);  // if its statements have met damage
+  bool IsLeftOut(const MediaMetaData& record) const;  // because of that; logged
   class Guard;
   void OutOfMemory(const char* where);  // logged; what is being written is given up
 
-  // Run a statement built from the library's own text and bound values.
+  // Run a statement built from the library's own text and bound values (DataBaseMgr.cpp).
   int Run(const orx::SqlStatement& statement);
-  // The cells go into vdata, or into `rows` when given.
-  int Query(const orx::SqlStatement& statement, orx::ResultRows* rows = nullptr);
-  int RunCompiled(const orx::SqlStatement& statement);
-  int QueryCompiled(const orx::SqlStatement& statement, orx::ResultRows* rows);
-  orx::ResultRows Fetch(const orx::SqlStatement& statement);  // leaves vdata empty
+  // The cells go into vdata, and all members that a query fills are filled.
+  int Query(const orx::SqlStatement& statement);
+  // The cells go to the caller; of the members only nLastResult changes.
+  orx::ResultRows Fetch(const orx::SqlStatement& statement);
+  int RunAccepted(const orx::SqlStatement& statement);
+  int Execute(const orx::SqlStatement& statement);
+  template <typename AddRow>
+  int Read(const orx::SqlStatement& statement, const orx::QueryResult& to, const AddRow& addRow);
+  template <typename AddRow>
+  int ReadAccepted(const orx::SqlStatement& statement, const AddRow& addRow);
+  orx::CompiledStatement Compile(const orx::SqlStatement& statement, int* code);
+  int Exec(const char* sql, int* code = nullptr);
   void LogFailedStatement(const char* sql, int code, const char* message);
   void LogRefusedStatement(const std::string& printed, const std::string& reason);
-  orx::QueryResult Result();                              // the members that a query fills
-  void AddRow(sqlite3_stmt* row, orx::ResultRows* rows);  // likewise
+  orx::QueryResult Result();          // the members that a query fills
+  int Connect(const char* fileName);  // SQLite's code; without a connection after a failure
   void CloseDatabase();
-  void InsertInBothTables(MediaMetaData* record,
-                          int (DataBaseMgr::*insertPhoto)(const MediaMetaData*));
+  static orx::LockWaiting& Waiting();         // of the class-wide connection
+  enum class InsertKind { kPlain, kShared };  // shared files' previews carry their sort index
+  void InsertInBothTables(MediaMetaData* record, InsertKind kind);
+  int InsertInMediaTable(const MediaMetaData* record, InsertKind kind);
+  static void LogInsertionFailed(const MediaMetaData& record, InsertKind kind);
   int InsertObject(const orx::SqlStatement& insert, MediaMetaData* record);
+  void AdoptId(MediaMetaData* record);
+  void MendOrphans(const char* directoryPath, bool hasMediaTables);
+  bool RemoveOrphans(const orx::ResultRows& orphans, bool hasMediaTables,
+                     std::unordered_set<std::string>* seen);
   // What one reading of the platform's list carries from file to file.
   struct SharedFileWalk {
     std::string directoryName;  // of the last entry
@@ -239,8 +265,8 @@ class ORX_API DataBaseMgr {
   class PurgeWalk;
   class DcfPurge;
 
-  std::unique_ptr<orx::StatementCache> statements_;
-  Writing writing_ = Writing::kPlain;
+  std::unique_ptr<orx::StatementCache> statements_;  // of the scan that is running
+  std::unique_ptr<orx::Writing> writing_;
 
   // The shared files of the DCF scans, one element a file, except the folder names (one a run).
   std::vector<int> vDirNum;

@@ -5,13 +5,13 @@
 // fails, is kept.
 #include <string>
 
-#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlStatement.h"
 #include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -34,11 +34,7 @@ class DataBaseMgr::DcfPurge {
 
   // `operation` is the purge's name in the log.
   DcfPurge(DataBaseMgr* database, const char* operation, Rows rows, Shared shared)
-      : database_(*database),
-        operation_(operation),
-        rows_(rows),
-        shared_(shared),
-        removal_(database) {}
+      : database_(*database), operation_(operation), rows_(rows), shared_(shared) {}
 
   void Run(const char* directoryPath) {
     const std::string id = database_.ContainerIdForPath(directoryPath);
@@ -51,7 +47,6 @@ class DataBaseMgr::DcfPurge {
       } else {
         CheckObjectTable();
       }
-      if (cancelled_) removal_.Undo();
     }
     FinishContainer(directoryPath);
   }
@@ -63,7 +58,6 @@ class DataBaseMgr::DcfPurge {
     if (files_.OpenDir(path) != 0) {
       files_.CloseDir();
     } else if (!watch.Seen()) {
-      removal_.Begin();
       Remove(id.c_str(), orx::kContainerClass);
     }
     ORX_LOG_TIME(">>>> Time2 start");
@@ -85,7 +79,6 @@ class DataBaseMgr::DcfPurge {
     for (int row = 0; row < children.rows; ++row) {
       if (database_.Cancelled()) {
         ORX_LOG_INFO("break in DeleteInvalidItemsInDB\n");
-        cancelled_ = true;
         return;
       }
       if (children.Integer(row, 0) == orx::kContainerClass) {
@@ -142,10 +135,8 @@ class DataBaseMgr::DcfPurge {
   bool CheckItems(const ResultRows& items, int mediaClass) {
     enum Column { kId, kSize, kFullPath, kSortIndex };
     for (int row = 0; row < items.rows; ++row) {
-      if (database_.Cancelled()) {
-        cancelled_ = true;
-        return false;
-      }
+      if (database_.writing_->Stopped()) return true;
+      if (database_.Cancelled()) return false;
       const orx::FaultWatch watch;
       const bool kept = shared_(&database_, items.Integer(row, kSortIndex)) &&
                         files_.IsValidFile(items.Text(row, kFullPath),
@@ -171,8 +162,6 @@ class DataBaseMgr::DcfPurge {
   const char* operation_;
   Rows rows_;
   Shared shared_;
-  bool cancelled_ = false;  // before all was checked
-  orx::RevocableRemoval removal_;
   ORXFSHandler files_;
 };
 
@@ -189,14 +178,14 @@ bool InDcfList(DataBaseMgr* /*database*/, int sortNumber) {
 }  // namespace
 
 void DataBaseMgr::deleteInvalidItemsInDBDcf(const char* directoryPath) {
-  Guard(this).Run(__func__, [&] {
+  orx::Guarded(__func__, [&] {
     DcfPurge(this, "deleteInvalidItemsInDBDcf", DcfPurge::Rows::kMediaTables, InManagersList)
         .Run(directoryPath);
   });
 }
 
 void DataBaseMgr::deleteInvalidItemsFromAutoBackupDB(const char* directoryPath) {
-  Guard(this).Run(__func__, [&] {
+  orx::Guarded(__func__, [&] {
     DcfPurge(this, "deleteInvalidItemsFromAutoBackupDB", DcfPurge::Rows::kObjectTable,
              InManagersList)
         .Run(directoryPath);
@@ -204,7 +193,7 @@ void DataBaseMgr::deleteInvalidItemsFromAutoBackupDB(const char* directoryPath) 
 }
 
 void DataBaseMgr::deleteInvalidItemsInDBDcfVector(const char* directoryPath) {
-  Guard(this).Run(__func__, [&] {
+  orx::Guarded(__func__, [&] {
     DcfPurge(this, "deleteInvalidItemsInDBDcfVector", DcfPurge::Rows::kObjectTable, InDcfList)
         .Run(directoryPath);
   });

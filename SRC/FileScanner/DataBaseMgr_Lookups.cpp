@@ -2,9 +2,10 @@
 #include <cstring>
 #include <memory>
 
-#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/SqlStatement.h"
+#include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/StringUtiltiy.h"
 
@@ -31,7 +32,6 @@ struct FreeSqliteText {
 }  // namespace
 
 TChar* DataBaseMgr::FirstCell(const SqlStatement& statement) {
-  const Guard guard(this);
   Query(statement);
   if (vdata.empty()) return nullptr;
   TChar* cell = StringUtiltiy::GetTcharFromChar(vdata[0].c_str());
@@ -90,14 +90,18 @@ int DataBaseMgr::GetArrayOfFullPathInDB(const char* parentId, char*** rows, int*
   nLastResult = SQLITE_MISUSE;
   if (ppDataBase == nullptr || parentId == nullptr || rows == nullptr) return nLastResult;
   nLastResult = SQLITE_ERROR;
-  if (WritingFailed() || strchr(parentId, '"') != nullptr) return nLastResult;
+  if (writing_->Stopped() || strchr(parentId, '"') != nullptr) return nLastResult;
 
   const std::unique_ptr<char, FreeSqliteText> sql(
       sqlite3_mprintf("select FullPath from ObjectTable where parentID = %Q", parentId));
   nLastResult = SQLITE_NOMEM;
-  if (sql != nullptr)
+  if (sql != nullptr && !writing_->damaged.empty() && MetDamage(sql.get())) {
+    nLastResult = SQLITE_CORRUPT;
+  } else if (sql != nullptr) {
     nLastResult = sqlite3_get_table(ppDataBase, sql.get(), rows, count, nullptr, nullptr);
-  NoteCode(nLastResult);
+  }
+  if (nLastResult != SQLITE_OK && sql != nullptr)
+    orx::Guarded(__func__, [&] { NoteFailedQuery(nLastResult, sql.get()); });
   return nLastResult;
 }
 

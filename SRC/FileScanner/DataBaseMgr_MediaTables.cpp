@@ -179,36 +179,58 @@ const char* TitleOf(const MediaMetaData& record) {
 }  // namespace
 
 void DataBaseMgr::InsertMetaData(MediaMetaData* record) {
-  InsertInBothTables(record, &DataBaseMgr::InsertPhotoMetaData);
+  InsertInBothTables(record, InsertKind::kPlain);
 }
 
 void DataBaseMgr::InsertMetaData2(MediaMetaData* record) {
-  InsertInBothTables(record, &DataBaseMgr::InsertPhotoMetaData2);
+  InsertInBothTables(record, InsertKind::kShared);
 }
 
 // The row of the object table comes first: its id is that of the medium, too.
-void DataBaseMgr::InsertInBothTables(MediaMetaData* record,
-                                     int (DataBaseMgr::*insertPhoto)(const MediaMetaData*)) {
-  if (record == nullptr) return;
+void DataBaseMgr::InsertInBothTables(MediaMetaData* record, InsertKind kind) {
+  if (record == nullptr || IsLeftOut(*record)) return;
   orx::WritePair pair(this);
-  const Guard guard(this);
+  const bool hadId = record->GetUniqueID() != nullptr;
   InsertMediaInObjTbl(record);
+  const int written = InsertInMediaTable(record, kind);
+  NoteDamagedItem(*record);
+  if (pair.End()) return;
+  if (!hadId) record->ClearUniqueID();
+  if (written == 1) LogInsertionFailed(*record, kind);
+}
+
+// 1 when there is a row, and when there is none to be.
+int DataBaseMgr::InsertInMediaTable(const MediaMetaData* record, InsertKind kind) {
+  const Guard guard(this);
   switch (orx::MediaClassOf(*record)) {
     case orx::kContainerClass:
       ORX_LOG_INFO("The current MEDIA_CONTAINER table is not used!!!");
       InsertMediaContainer(record);
-      break;
+      return 1;
     case orx::kImageClass:
-      (this->*insertPhoto)(record);
-      break;
+      return kind == InsertKind::kShared ? InsertPhotoMetaData2(record)
+                                         : InsertPhotoMetaData(record);
     case orx::kAudioClass:
-      InsertAudioMetaData(record);
-      break;
+      return InsertAudioMetaData(record);
     case orx::kVideoClass:
-      InsertVideoMetaData(record);
-      break;
+      return InsertVideoMetaData(record);
     default:
-      break;
+      return 1;
+  }
+}
+
+// A sound has no line of its own, in this case either.
+void DataBaseMgr::LogInsertionFailed(const MediaMetaData& record, InsertKind kind) {
+  const int mediaClass = orx::MediaClassOf(record);
+  if (mediaClass == orx::kVideoClass) {
+    ORX_LOG_INFO("[DataBaseMgr::InsertVideoMetaData] Media file [%s] insertion failed",
+                 TitleOf(record));
+  } else if (mediaClass == orx::kImageClass && kind == InsertKind::kShared) {
+    ORX_LOG_INFO("[DataBaseMgr::InsertPhotoMetaData] Media file [%s] insertion Failed\n",
+                 TitleOf(record));
+  } else if (mediaClass == orx::kImageClass) {
+    ORX_LOG_INFO("[DataBaseMgr::InsertPhotoMetaData] Media file [%s] insertion failed",
+                 TitleOf(record));
   }
 }
 
@@ -224,8 +246,7 @@ int DataBaseMgr::InsertPhotoMetaData(const MediaMetaData* record) {
   orx::NameImageThumbnail(*record, orx::NamedAfter::kExtension);
   orx::NameImageScreennail(*record, orx::NamedAfter::kExtension);
   if (Run(InsertImage(*record)) == 1) return 1;
-  ORX_LOG_INFO("[DataBaseMgr::InsertPhotoMetaData] Media file [%s] insertion failed",
-               TitleOf(*record));
+  LogInsertionFailed(*record, InsertKind::kPlain);
   return 0;
 }
 
@@ -235,8 +256,7 @@ int DataBaseMgr::InsertPhotoMetaData2(const MediaMetaData* record) {
   orx::NameImageThumbnail(*record, orx::NamedAfter::kExtensionAndSortIndex);
   orx::NameImageScreennail(*record, orx::NamedAfter::kExtensionAndSortIndex);
   if (Run(InsertImage(*record)) == 1) return 1;
-  ORX_LOG_INFO("[DataBaseMgr::InsertPhotoMetaData] Media file [%s] insertion Failed\n",
-               TitleOf(*record));
+  LogInsertionFailed(*record, InsertKind::kShared);
   return 0;
 }
 
@@ -253,8 +273,7 @@ int DataBaseMgr::InsertVideoMetaData(const MediaMetaData* record) {
   const Guard guard(this);
   orx::NameVideoThumbnail(*record);
   if (Run(InsertVideo(*record)) == 1) return 1;
-  ORX_LOG_INFO("[DataBaseMgr::InsertVideoMetaData] Media file [%s] insertion failed",
-               TitleOf(*record));
+  LogInsertionFailed(*record, InsertKind::kPlain);
   return 0;
 }
 

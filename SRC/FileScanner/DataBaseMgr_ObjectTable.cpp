@@ -166,16 +166,25 @@ void DataBaseMgr::InsertMediaInObjTbl(MediaMetaData* record) {
 // several rows with its path, the last.  0 only when a record that has an id was not inserted; the
 // failure of the other form shows in the record.
 int DataBaseMgr::InsertObject(const SqlStatement& insert, MediaMetaData* record) {
+  if (IsLeftOut(*record)) return 1;
   const Guard guard(this);
   const bool hasId = record->GetUniqueID() != nullptr;
-  if (Run(insert) == 0) return hasId ? 0 : 1;
-  if (hasId) return 1;
+  const bool inserted = Run(insert) == 1;
+  NoteDamagedItem(*record);
+  if (hasId) return inserted ? 1 : 0;
+  if (inserted) AdoptId(record);
+  vdata.clear();
+  return 1;
+}
+
+// A row whose id cannot be read is of no use, and what belongs to it neither.
+void DataBaseMgr::AdoptId(MediaMetaData* record) {
   Query(SqlStatement("select id from ObjectTable where FullPath = \"%s\"")
             .TextOrBlank(record->GetFullPath()));
   if (!vdata.empty())
     record->SetUniqueID(vdata[vdata.size() - static_cast<size_t>(nColumns)].c_str());
-  vdata.clear();
-  return 1;
+  if (orx::IsMachineCode(nLastResult)) FailWriting(nLastResult);
+  NoteDamagedItem(*record);
 }
 
 int DataBaseMgr::ValidateItemInDB(const char* fullPath) {
@@ -199,7 +208,7 @@ void DataBaseMgr::DeleteItemFromDB(const char* fullPath) {
 
 void DataBaseMgr::DeleteItemFromDBWithId(const TChar* id) {
   if (id == nullptr) return;
-  Guard(this).Run(__func__, [this, id] {
+  orx::Guarded(__func__, [this, id] {
     const std::string row(id);  // the caller's text may be a cell of the result, which changes
     Query(SqlStatement("select class from ObjectTable where id = \"%s\"").Text(row));
     if (!vdata.empty()) RemoveIdFromTables(row.c_str(), ORXAString::Integer(vdata[0].c_str()));
@@ -210,9 +219,18 @@ void DataBaseMgr::DeleteItemFromDBWithId(const TChar* id) {
 // A class that no table stands for keeps its row in the object table as well.
 int DataBaseMgr::RemoveIdFromTables(const char* id, int mediaClass) {
   if (id == nullptr || mediaClass < 0 || mediaClass >= kMediaClassCount) return 0;
+  SqlStatement medium(kDeleteMedium[mediaClass]);
+  SqlStatement object(kDeleteObject);
+  medium.Id(id);
+  object.Id(id);
   orx::WritePair pair(this);
-  Run(SqlStatement(kDeleteMedium[mediaClass]).Id(id));
-  const int removed = Run(SqlStatement(kDeleteObject).Id(id));
+  const int mediumRemoved = Run(medium);
+  if (pair.EndAtDamage()) return Run(object);  // each stands alone then
+  const int removed = Run(object);
+  if (pair.EndAtDamage()) {
+    if (mediumRemoved == 1) Run(medium);
+    return 0;
+  }
   return pair.End() ? removed : 0;
 }
 
@@ -235,9 +253,6 @@ void DataBaseMgr::RemoveDIRfromObjTableInDB(const char* directoryPath) {
 }
 
 void DataBaseMgr::RemoveDIRfromDB(const char* directoryPath, int* foundStale) {
-  orx::RevocableRemoval removal(this);
-  removal.Begin();
   InvalidateAllItemsInDB(directoryPath);
   DeleteInvalidatedItemInDB(foundStale);
-  if (Cancelled()) removal.Undo();
 }

@@ -122,7 +122,7 @@ int DataBaseMgr::OpenDB(const char* fileName) {
     ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
   ppDataBase = nullptr;
   if (exists || HoldsData(fileName)) {
-    const int code = orx::OpenConnection(fileName, &ppDataBase);
+    const int code = Connect(fileName);
     if (code == SQLITE_OK) return 1;
     ORX_LOG_ERROR("[DataBaseMgr::OpenDB] sqlite3_open error = [%d]", code);
     return 0;
@@ -156,7 +156,7 @@ int DataBaseMgr::CreateDbmsSystem(const char* fileName) {
 int DataBaseMgr::CreateDB(const char* fileName) {
   if (fileName == nullptr) return 0;
   CloseDatabase();
-  const int code = orx::OpenConnection(fileName, &ppDataBase);
+  const int code = Connect(fileName);
   if (code == SQLITE_OK) return 1;
   ORX_LOG_ERROR("[DataBaseMgr::CreateDB] sqlite3_open error = [%d]", code);
   return 0;

@@ -9,12 +9,12 @@
 #include <utility>
 #include <vector>
 
-#include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
 #include "FileScanner/ResultRows.h"
 #include "FileScanner/SqlStatement.h"
 #include "FileScanner/WriteTransaction.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -28,7 +28,6 @@ namespace {
 // A container of a walk, with its children and the next one to look at.
 struct OpenContainer {
   std::string path;
-  bool gone;  // its row is removed, so nothing in it may stay unless it is certainly there
   ResultRows children;
   int next = 0;
 };
@@ -38,8 +37,8 @@ class WayDown {
  public:
   bool empty() const { return open_.empty(); }
   OpenContainer& back() { return open_.back(); }
-  void Enter(std::string path, ResultRows children, bool gone = false) {
-    open_.push_back({std::move(path), gone, std::move(children), 0});
+  void Enter(std::string path, ResultRows children) {
+    open_.push_back({std::move(path), std::move(children), 0});
   }
   void Leave() { open_.pop_back(); }
   bool FirstVisit(const std::string& id) { return visited_.insert(id).second; }
@@ -61,15 +60,6 @@ bool DirectoryOpens(const char* path) {
 }
 
 }  // namespace
-
-ResultRows DataBaseMgr::Fetch(const SqlStatement& statement) {
-  ResultRows fetched;
-  fetched.ok = Query(statement, &fetched) == 1 && nLastResult == SQLITE_OK;
-  if (!fetched.ok) return {};  // nor what was read before the failure
-  fetched.rows = nRows;
-  fetched.columns = nColumns;
-  return fetched;
-}
 
 std::string DataBaseMgr::ContainerIdForPath(const char* path) {
   const orx::TextPtr id(GetUniqueIdForPath(path));
@@ -125,40 +115,40 @@ class DataBaseMgr::InvalidateWalk {
 
 void DataBaseMgr::InvalidateAllItemsInDB(const char* directoryPath) {
   if (directoryPath != nullptr)
-    Guard(this).Run(__func__, [&] { InvalidateWalk(this).Run(directoryPath); });
+    orx::Guarded(__func__, [&] { InvalidateWalk(this).Run(directoryPath); });
 }
 
 // ---- removing what is marked -------------------------------------------------------------------
 
 void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
-  const ResultRows stale = Fetch(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
-  if (stale.CellCount() == 0) return;
+  Query(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
+  if (vdata.empty()) return;
   if (foundStale != nullptr) *foundStale = 1;
-  for (int row = 0; row < stale.rows && !Cancelled(); ++row) {
+  for (int row = 0; row < nRows && !Cancelled(); ++row) {
     // The second column is the class in the full layout only; in the backup layout it is the title,
     // and what its leading digits say counts.
-    const size_t id = static_cast<size_t>(row) * static_cast<size_t>(stale.columns);
-    if (id + 1 >= stale.CellCount()) return;
-    RemoveIdFromTables(stale.Cell(id), ORXAString::Integer(stale.Cell(id + 1)));
+    const size_t id = static_cast<size_t>(row) * static_cast<size_t>(nColumns);
+    if (id + 1 >= vdata.size()) break;
+    RemoveIdFromTables(vdata[id].c_str(), ORXAString::Integer(vdata[id + 1].c_str()));
   }
+  vdata.clear();
 }
 
 // ---- the purge of a directory tree -------------------------------------------------------------
 
 class DataBaseMgr::PurgeWalk {
  public:
-  explicit PurgeWalk(DataBaseMgr* database) : database_(*database), removal_(database) {}
+  explicit PurgeWalk(DataBaseMgr* database) : database_(*database) {}
 
   void Run(const char* directoryPath) {
     Enter(directoryPath);
     while (!way_.empty()) {
       OpenContainer& here = way_.back();
-      if (here.next == here.children.rows) {
-        Leave();
+      if (here.next == here.children.rows || database_.writing_->Stopped()) {
+        way_.Leave();
       } else if (database_.Cancelled()) {
         ORX_LOG_INFO("[DataBaseMgr::DeleteInvalidItemsInDB] break in DeleteInvalidItemsInDB");
-        if (goneDepth_ > 0) removal_.Undo();
-        Leave();
+        way_.Leave();
       } else {
         Check(here.next++);
       }
@@ -168,33 +158,18 @@ class DataBaseMgr::PurgeWalk {
  private:
   enum Column { kClass, kFullPath, kId };
 
-  // What cannot be checked, because the machine fails, is kept where it can be found again.
-  bool InGoneContainer() { return !way_.empty() && way_.back().gone; }
-
-  // A directory that is gone loses its row; what hangs under the row is checked all the same.
+  // A directory that is gone loses its row; what hangs under the row is checked all the same.  What
+  // cannot be checked, because the machine fails, is kept.
   void Enter(const char* path) {
     const std::string id = database_.ContainerIdForPath(path);
     if (id.empty() || !way_.FirstVisit(id)) return;
     const orx::FaultWatch watch;
-    const bool gone = !DirectoryOpens(path) && (!watch.Seen() || InGoneContainer());
-    if (gone) {
-      removal_.Begin();
+    if (!DirectoryOpens(path) && !watch.Seen())
       database_.RemoveIdFromTables(id.c_str(), orx::kContainerClass);
-    }
     ResultRows children = database_.Fetch(
         SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
             .Text(id));
-    if (children.rows > 0) {
-      way_.Enter(path, std::move(children), gone);
-      if (gone) ++goneDepth_;
-    } else if (goneDepth_ == 0) {
-      removal_.End();
-    }
-  }
-
-  void Leave() {
-    if (way_.back().gone && --goneDepth_ == 0) removal_.End();
-    way_.Leave();
+    if (children.rows > 0) way_.Enter(path, std::move(children));
   }
 
   void Check(int row) {
@@ -207,13 +182,13 @@ class DataBaseMgr::PurgeWalk {
     }
     uint32_t size = 0;
     if (!RecordedSize(path, mediaClass, &size)) {
-      Leave();  // without the media table nothing in this directory can be checked
+      way_.Leave();  // without the media table nothing in this directory can be checked
       return;
     }
     const orx::FaultWatch watch;
     const bool valid = files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) &&
                        DirectoryPart(path) == here.path;
-    if (!valid && (!watch.Seen() || here.gone))
+    if (!valid && !watch.Seen())
       database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
   }
 
@@ -222,7 +197,7 @@ class DataBaseMgr::PurgeWalk {
     if (mediaClass == orx::kImageClass) {
       const ResultRows image = database_.Fetch(
           SqlStatement("select size from ImageTable where FullPath = \"%s\"").Text(path));
-      if (image.rows > 0) *size = static_cast<uint32_t>(image.Integer(0, 0));
+      if (image.rows > 0) *size = image.SignedSize(0, 0);
       return image.ok;
     }
     if (mediaClass == orx::kVideoClass) {
@@ -237,11 +212,8 @@ class DataBaseMgr::PurgeWalk {
   DataBaseMgr& database_;
   ORXFSHandler files_;
   WayDown way_;
-  int goneDepth_ = 0;  // containers on the way down that are gone
-  orx::RevocableRemoval removal_;
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {
-  if (directoryPath != nullptr)
-    Guard(this).Run(__func__, [&] { PurgeWalk(this).Run(directoryPath); });
+  if (directoryPath != nullptr) orx::Guarded(__func__, [&] { PurgeWalk(this).Run(directoryPath); });
 }

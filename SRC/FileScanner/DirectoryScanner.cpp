@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "FileScanner/CancelRequests.h"
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/MediaMetaData.h"
 #include "OSAL/Fault.h"
@@ -60,6 +61,7 @@ DirectoryScanner::~DirectoryScanner() {
   _CleanUpRelations();
   UniqueValueGenerator::DestroyInstance();
   bDirectoryScanCancelFlag = false;
+  orx::CancelRequests::ofScanner = false;
 }
 
 void DirectoryScanner::_CleanUpRelations() {
@@ -73,7 +75,10 @@ void DirectoryScanner::SetDlnaProfiles(const char* list) {
   pSupportedProfiles = profileLists_.Get();
 }
 
-void DirectoryScanner::CancelScanDirectory() { bDirectoryScanCancelFlag = true; }
+void DirectoryScanner::CancelScanDirectory() {
+  bDirectoryScanCancelFlag = true;
+  orx::CancelRequests::ofScanner = true;
+}
 
 bool DirectoryScanner::GetCancelFlag() { return bDirectoryScanCancelFlag; }
 

@@ -105,6 +105,7 @@ class DirectoryScanner::DcfScan {
                                         const char* fullPath, int dcfIndex, int sortIndex,
                                         int fileType);
     bool reportsAddedFiles;
+    bool hasMediaTables;
 
     size_t bannerLength;
     const char* banner;  // before " [directory], to db (database)"
@@ -127,7 +128,8 @@ class DirectoryScanner::DcfScan {
  private:
   void WalkDirectories(const char* rootId, int* status);
   void AddFilesOf(const std::string& directoryName, const char* rootId, int* status);
-  bool Cancelled() const { return scanner_.Stopped(); }
+  bool Cancelled() const { return scanner_.bDirectoryScanCancelFlag; }
+  bool Stopped() const { return scanner_.Stopped(); }
   bool FilesLeft() const { return nextFile_ < mode_.list.fileCount(); }
 
   DirectoryScanner& scanner_;
@@ -143,6 +145,7 @@ const DirectoryScanner::DcfScan::Mode DirectoryScanner::DcfScan::kFull = {
     RemoveTree,
     &DirectoryScanner::HandleFile2,
     false,
+    true,
     kBannerLength,
     "Scanning Directory is",
     "Error : OpenDB fail'\n",
@@ -161,6 +164,7 @@ const DirectoryScanner::DcfScan::Mode DirectoryScanner::DcfScan::kObjectOnly = {
     RemoveRow,
     &DirectoryScanner::HandleFileXQ,
     true,
+    false,
     kLongBannerLength,
     "[DirectoryScanner::scanXQDcf]Scanning Directory is",
     "[DirectoryScanner::scanXQDcf]Error : OpenDB fail'\n",
@@ -179,6 +183,7 @@ const DirectoryScanner::DcfScan::Mode DirectoryScanner::DcfScan::kBackup = {
     &DirectoryScanner::AddDirToObjTableInDB,
     RemoveTree,
     &DirectoryScanner::HandleFileAutoBackup,
+    false,
     false,
     kBannerLength,
     "Scanning Directory for Autobackup is",
@@ -214,16 +219,17 @@ void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* st
   }
 
   ORX_LOG_INFO("%s", mode_.beforePurge);
-  orx::WriteTransaction transaction(database);
-  ORX_LOG_TIME(">> Delete Time!! start");
-  (scanner_.*mode_.purge)(dir);
-  ORX_LOG_TIME(">> Delete Time!! stop");
-  if (!Cancelled()) {
+  orx::ScanTransaction::Run(database, status, [&] {
+    nextFile_ = added_ = 0;
+    orx::ScanTransaction::MendOrphans(database, dir, mode_.hasMediaTables);
+    ORX_LOG_TIME(">> Delete Time!! start");
+    (scanner_.*mode_.purge)(dir);
+    ORX_LOG_TIME(">> Delete Time!! stop");
+    if (Stopped()) return;
     ORX_LOG_TIME(mode_.scanStart);
     Walk(dir, nullptr, status);
     ORX_LOG_TIME(mode_.scanStop);
-  }
-  transaction.End();
+  });
   DataBaseMgr::DestroyInstance();
 } catch (const std::exception&) {
   orx::NoteOutOfMemory(__func__);
@@ -259,6 +265,7 @@ void DirectoryScanner::DcfScan::Walk(const char* dir, const char* parentId, int*
 void DirectoryScanner::DcfScan::WalkDirectories(const char* rootId, int* status) {
   const int directoryCount = mode_.list.directoryCount();
   for (int directory = 0; directory < directoryCount; ++directory) {
+    if (orx::ScanTransaction::GivenUp()) return;
     if (Cancelled()) {
       ORX_LOG_INFO("%s", mode_.cancelledBetweenDirectories);
       break;
@@ -279,7 +286,6 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
   const orx::FaultWatch watch;
   const std::string dirPath = kDcfRoot + directoryName;
   const orx::TextPtr id(HandleDirectory(dirPath.c_str(), rootId));
-  const bool skipped = watch.Seen();  // the machine failed; its files are left to the next scan
 
   // Files of a directory without a row are registered without a parent; they are found again so.
   char** rows = nullptr;
@@ -287,8 +293,10 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
   scanner_.GetArrayOfFullPath(id != nullptr ? id.get() : kMissingText, &rows, &count);
   const orx::RawTable table(rows);
   orx::KnownPaths known(rows, count);
+  // Where the machine failed, its files are left to the next scan.
+  const bool skipped = DirectoryScanner::LeavesUnanswered(dirPath.c_str()) || watch.Seen();
 
-  for (; FilesLeft() && !Cancelled(); ++nextFile_) {
+  for (; FilesLeft() && !Stopped(); ++nextFile_) {
     const ListedFile file = mode_.list.file(nextFile_);
     if (orx::DirectoryNameInDcfPath(file.path) != directoryName) return;
     const std::string fullPath = kCardMount + file.path;

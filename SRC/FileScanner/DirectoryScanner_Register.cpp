@@ -11,7 +11,6 @@
 #include "FileScanner/FileParserFramework.h"
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/PlatformRecord.h"
-#include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
@@ -170,7 +169,7 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
 }
 
 // Writes the item, as a new one or under the id that a client was given.  False when it is not
-// known under that id, and when the machine failed: then nothing is written.
+// known under that id, and when the machine failed before anything was written.
 bool WriteItem(DataBaseMgr* database, MediaMetaData* record, const char* id,
                const orx::FaultWatch& watch) {
   if (id == nullptr)
@@ -179,13 +178,8 @@ bool WriteItem(DataBaseMgr* database, MediaMetaData* record, const char* id,
     SetUri(record, Names().GetUniqueURIMA(record->GetEXT()));
   if (watch.Seen()) return false;
   if (id != nullptr) return database->UpdateDBForNewItem(record, id) != 0;
-  if (sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0) {  // the host's own transaction
-    database->InsertMetaData(record);
-    return true;
-  }
-  orx::WriteTransaction transaction(database);
   database->InsertMetaData(record);
-  return transaction.End();
+  return true;
 }
 
 }  // namespace

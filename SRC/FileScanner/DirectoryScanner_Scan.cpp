@@ -16,6 +16,7 @@
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
+#include "OSAL/ORXMemory.h"
 #include "OSAL/StringUtiltiy.h"
 #include "OSAL/TextPtr.h"
 
@@ -26,7 +27,7 @@ constexpr size_t kLongestDirectory = 510;  // characters
 constexpr size_t kFileNamePathSize = 520;  // the longest path _GetFileNameFromFullPathMA takes
 // How often a scan follows links to the same directory: a few directories with links to each other
 // could otherwise be walked on millions of ways.
-constexpr int kMostLinkVisits = 8;
+constexpr int kMostLinkVisits = 1000;
 constexpr char kBanner[] = "=============================================";
 constexpr char kDirectoryDate[] = "17Nov2008";  // containers carry no date of their own
 constexpr char kNoParent[] = "0";
@@ -78,16 +79,16 @@ void DirectoryScanner::ScanDir(const char* dir, const char* dbPath, int* status)
     return;
   }
   ORX_LOG_INFO("[DirectoryScanner::ScanDir] Before Invalidate");
-  {
-    const orx::WriteTransaction transaction(database);
+  orx::ScanTransaction::Run(database, status, [&] {
+    orx::ScanTransaction::MendOrphans(database, dir, true);
     DeleteInvalidItems(dir);
     if (!Stopped()) _ScanDir(dir, nullptr, status);
-  }
+  });
   DataBaseMgr::DestroyInstance();
 }
 
 bool DirectoryScanner::Stopped() const {
-  return bDirectoryScanCancelFlag || orx::WriteTransaction::Failed();
+  return bDirectoryScanCancelFlag || orx::ScanTransaction::GivenUp();
 }
 
 // Where the machine fails, the directory is left as it is, with all that is in it, for the next
@@ -126,16 +127,32 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
   orx::NoteOutOfMemory(__func__);
 }
 
-// The id of the directory's row, which `add` makes when there is none.
+// The id of the directory's row, which `add` makes when there is none; null, and a fault is noted,
+// when the database does not say.
 char* DirectoryScanner::FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add,
                                            int* status) {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(dir));
-  if (IsInDB(dir) && IsValid(dir) == 0) {
+  const bool known = IsInDB(dir);
+  if (LeavesUnanswered(dir)) return nullptr;
+  if (known && IsValid(dir) == 0) {
     char* id = DataBaseMgr::GetInstance()->GetUniqueIdForPath(utf8.get());
+    if (LeavesUnanswered(dir)) {
+      ORXMemory::Free(id);
+      return nullptr;
+    }
     return id != nullptr ? id : ORXCString::DupCopy(kNoParent);
   }
   if (status != nullptr) *status = 1;
   return (this->*add)(utf8.get(), parentId);
+}
+
+// Whether the database manager's last query could not be answered, because the machine fails or the
+// database is damaged: the directory that it was about is left to the next scan.
+bool DirectoryScanner::LeavesUnanswered(const char* dir) {
+  const DataBaseMgr* database = DataBaseMgr::mpThisInstance;
+  if (database == nullptr || !orx::IsUnanswered(database->nLastResult)) return false;
+  orx::NoteLeftOut(dir, sqlite3_errstr(database->nLastResult));
+  return true;
 }
 
 // Registers the files of an open directory that are not known yet and walks its subdirectories.
@@ -145,6 +162,7 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
   int count = 0;
   GetArrayOfFullPath(id, &rows, &count);
   const orx::RawTable table(rows);
+  if (LeavesUnanswered(dir)) return;  // or all that is in it would be taken for new
   orx::KnownPaths known(rows, count);
 
   // Not on the stack: a deep tree has one of these for each level.

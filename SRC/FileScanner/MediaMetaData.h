@@ -23,6 +23,7 @@ class ORX_API MediaMetaData {
   void SetType(unsigned int value) { Type_ = value; }
   char* GetUniqueID() const { return UniqueID_.Get(); }
   void SetUniqueID(const char* text) { UniqueID_.Set(text); }
+  void ClearUniqueID() { UniqueID_.Clear(); }  // of a row that was undone; gives up the text
   char* GetFullPath() const { return FullPath_.Get(); }
   void SetFullPath(const char* text) { FullPath_.Set(text); }
   char* GetURI() const { return URI_.Get(); }

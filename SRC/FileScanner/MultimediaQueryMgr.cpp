@@ -1,5 +1,6 @@
 #include "FileScanner/MultimediaQueryMgr.h"
 
+#include "FileScanner/LockWaiting.h"
 #include "FileScanner/SqlConnection.h"
 
 std::vector<std::string> MultimediaQueryMgr::vdata;
@@ -13,7 +14,9 @@ int MultimediaQueryMgr::ConnectDB(const char* fileName) {
   if (sqlite3_open_v2(fileName, &connection_, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) return 0;
   sqlite3_close(connection_);
   connection_ = nullptr;
-  return orx::OpenConnection(fileName, &connection_) == SQLITE_OK ? 1 : 0;
+  if (orx::OpenConnection(fileName, &connection_) != SQLITE_OK) return 0;
+  orx::WaitForLocks(connection_);
+  return 1;
 }
 
 void MultimediaQueryMgr::DisconnectDB() {

@@ -12,7 +12,7 @@ struct OwnedText::Node {
   char* Text() { return reinterpret_cast<char*>(this + 1); }
 };
 
-OwnedText::~OwnedText() {
+void OwnedText::Clear() {
   while (newest_ != nullptr) {
     Node* earlier = newest_->earlier;
     ORXMemory::Free(newest_);

@@ -10,13 +10,14 @@ namespace orx {
 class ORX_API OwnedText {
  public:
   OwnedText() = default;
-  ~OwnedText();
+  ~OwnedText() { Clear(); }
   OwnedText(const OwnedText&) = delete;
   OwnedText& operator=(const OwnedText&) = delete;
 
   char* Get() const;
   void Set(const char* text);      // null is ignored
   void Replace(const char* text);  // null is ignored
+  void Clear();                    // gives up all values
 
  private:
   struct Node;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,11 @@ class ResultRows {
   uint32_t Size(int row, int column) const {
     return static_cast<uint32_t>(
         std::min<unsigned long>(ORXAString::Ulong(Text(row, column)), UINT32_MAX));
+  }
+  // The same of a size that is read as a signed number.
+  uint32_t SignedSize(int row, int column) const {
+    const long size = strtol(Text(row, column), nullptr, 10);
+    return static_cast<uint32_t>(std::min<long long>(size, UINT32_MAX));
   }
 
  private:

@@ -28,8 +28,8 @@ void ClearResult(const QueryResult& result, int code) {
   *result.code = code;
   *result.rows = 0;
   *result.columns = 0;
-  result.names->clear();
-  result.cells->clear();
+  if (result.names != nullptr) result.names->clear();
+  if (result.cells != nullptr) result.cells->clear();
 }
 
 int FetchTable(sqlite3* connection, const char* sql, const QueryResult& result) {

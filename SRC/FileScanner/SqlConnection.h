@@ -25,6 +25,7 @@ struct QueryResult {
   int* code;  // SQLite's
   int* rows;
   int* columns;
+  // Null where they are not wanted.
   std::vector<std::string>* names;  // of the columns; empty when there is no row
   std::vector<std::string>* cells;  // row after row; NULL is the empty text
 };

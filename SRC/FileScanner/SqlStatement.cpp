@@ -212,37 +212,62 @@ bool SqlStatement::BindTo(sqlite3_stmt* compiled) const {
   return true;
 }
 
-sqlite3_stmt* StatementCache::Get(sqlite3* connection, const SqlStatement& statement, int* code) {
-  if (connection != connection_) Clear();
-  const bool byPattern = !statement.HasNames();
-  if (const auto known = ofPattern_.find(statement.pattern_);
-      byPattern && known != ofPattern_.end()) {
-    *code = SQLITE_OK;
-    return known->second;
-  }
-  sqlite3_stmt* compiled = Get(connection, statement.CompiledText(), code);
-  if (byPattern && compiled != nullptr) ofPattern_.emplace(statement.pattern_, compiled);
-  return compiled;
+// ---- compiled statements -----------------------------------------------------------------------
+
+CompiledStatement CompiledStatement::New(sqlite3* connection, const std::string& sql, int* code) {
+  sqlite3_stmt* statement = nullptr;
+  *code = sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr);
+  return {statement, false};
 }
 
-sqlite3_stmt* StatementCache::Get(sqlite3* connection, const std::string& sql, int* code) {
+CompiledStatement::~CompiledStatement() {
+  if (statement_ == nullptr) return;
+  if (kept_) {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+  } else {
+    sqlite3_finalize(statement_);
+  }
+}
+
+CompiledStatement StatementCache::Get(sqlite3* connection, const SqlStatement& statement,
+                                      int* code) {
   if (connection != connection_) Clear();
   connection_ = connection;
   *code = SQLITE_OK;
-  const auto known = compiled_.find(sql);
-  if (known != compiled_.end()) return known->second;
+  const bool byPattern = !statement.HasNames();
+  std::string sql;
+  sqlite3_stmt* kept = Find(statement, byPattern, &sql);
+  if (kept != nullptr && sqlite3_stmt_busy(kept) == 0) return CompiledStatement::Kept(kept);
+  if (kept != nullptr) return CompiledStatement::New(connection, statement.CompiledText(), code);
 
-  sqlite3_stmt* compiled = nullptr;
-  *code = sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &compiled,
-                             nullptr);
-  if (*code != SQLITE_OK || compiled == nullptr) return nullptr;
+  *code =
+      sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &kept, nullptr);
+  if (kept != nullptr) Keep(statement, byPattern, sql, kept);
+  return CompiledStatement::Kept(kept);
+}
+
+// Leaves the text in `sql` when it had to be formed.
+sqlite3_stmt* StatementCache::Find(const SqlStatement& statement, bool byPattern,
+                                   std::string* sql) const {
+  if (byPattern) {
+    const auto known = ofPattern_.find(statement.pattern_);
+    if (known != ofPattern_.end()) return known->second;
+  }
+  *sql = statement.CompiledText();
+  const auto known = compiled_.find(*sql);
+  return known != compiled_.end() ? known->second : nullptr;
+}
+
+void StatementCache::Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
+                          sqlite3_stmt* compiled) {
   try {
     compiled_.emplace(sql, compiled);
   } catch (const std::bad_alloc&) {
     sqlite3_finalize(compiled);
     throw;
   }
-  return compiled;
+  if (byPattern) ofPattern_.emplace(statement.pattern_, compiled);
 }
 
 void StatementCache::Clear() {

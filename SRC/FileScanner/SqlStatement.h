@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace orx {
@@ -67,6 +68,27 @@ class SqlStatement {
   std::string texts_;  // of all values, one behind the other
 };
 
+// A compiled statement, free of rows and values.  At the end of its use it is released, or reset if
+// a cache keeps it, and with that its locks are released.
+class CompiledStatement {
+ public:
+  // Null, with SQLite's code in `code`, when `sql` does not compile.
+  static CompiledStatement New(sqlite3* connection, const std::string& sql, int* code);
+  static CompiledStatement Kept(sqlite3_stmt* statement) { return {statement, true}; }
+  ~CompiledStatement();
+  CompiledStatement(CompiledStatement&& other) noexcept
+      : statement_(std::exchange(other.statement_, nullptr)), kept_(other.kept_) {}
+  CompiledStatement& operator=(CompiledStatement&&) = delete;
+
+  sqlite3_stmt* get() const { return statement_; }
+
+ private:
+  CompiledStatement(sqlite3_stmt* statement, bool kept) : statement_(statement), kept_(kept) {}
+
+  sqlite3_stmt* statement_;
+  bool kept_;
+};
+
 // The compiled statements of one connection, compiled once and used again.
 class StatementCache {
  public:
@@ -75,33 +97,21 @@ class StatementCache {
   StatementCache(const StatementCache&) = delete;
   StatementCache& operator=(const StatementCache&) = delete;
 
-  // The compiled form of the statement or of `sql`, reset and without values; null, with SQLite's
-  // code in `code`, when it does not compile.  Owned by the cache, valid until Clear.
-  sqlite3_stmt* Get(sqlite3* connection, const SqlStatement& statement, int* code);
-  sqlite3_stmt* Get(sqlite3* connection, const std::string& sql, int* code);
+  // The compiled form of the statement; null, with SQLite's code in `code`, when it does not
+  // compile.  While it runs, asking for it again gives another one.
+  CompiledStatement Get(sqlite3* connection, const SqlStatement& statement, int* code);
   // Must come before the connection is closed.
   void Clear();
 
  private:
+  sqlite3_stmt* Find(const SqlStatement& statement, bool byPattern, std::string* sql) const;
+  void Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
+            sqlite3_stmt* compiled);
+
   sqlite3* connection_ = nullptr;
   std::unordered_map<std::string, sqlite3_stmt*> compiled_;
   // Also by the pattern, where nothing but the pattern makes the text.
   std::unordered_map<const char*, sqlite3_stmt*> ofPattern_;
-};
-
-// Resets a statement, and with it releases its locks and values, at the end of its use.
-class StatementUse {
- public:
-  explicit StatementUse(sqlite3_stmt* compiled) : compiled_(compiled) {}
-  ~StatementUse() {
-    sqlite3_reset(compiled_);
-    sqlite3_clear_bindings(compiled_);
-  }
-  StatementUse(const StatementUse&) = delete;
-  StatementUse& operator=(const StatementUse&) = delete;
-
- private:
-  sqlite3_stmt* compiled_;
 };
 
 // Whether `name` is a plain identifier: letters, digits and '_', not beginning with a digit.

@@ -1,55 +1,152 @@
 #include "FileScanner/WriteTransaction.h"
 
 #include "FileScanner/DataBaseMgr.h"
+#include "FileScanner/SqlStatement.h"
+#include "OSAL/Fault.h"
 #include "OSAL/ORXLog.h"
 
 namespace orx {
+namespace {
 
-WriteTransaction::WriteTransaction(DataBaseMgr* database) : database_(database) {
-  database_->writing_ = DataBaseMgr::Writing::kInTransaction;
-  database_->ExecSqlStatmentNoValueReturn("BEGIN;");
+constexpr char kBegin[] = "BEGIN;";
+constexpr char kCommit[] = "COMMIT;";
+constexpr char kRollback[] = "ROLLBACK;";
+
+bool InTransaction() {
+  return DataBaseMgr::ppDataBase != nullptr && sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0;
 }
 
-bool WriteTransaction::Failed() noexcept {
-  return DataBaseMgr::mpThisInstance != nullptr && DataBaseMgr::mpThisInstance->WritingFailed();
+}  // namespace
+
+bool IsMachineCode(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_NOMEM:
+    case SQLITE_FULL:
+    case SQLITE_IOERR:
+    case SQLITE_CANTOPEN:
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+    case SQLITE_INTERRUPT:
+    case SQLITE_ABORT:
+    case SQLITE_INTERNAL:
+      return true;
+    default:  // what the statement itself asked for
+      return false;
+  }
 }
 
-bool WriteTransaction::End() noexcept {
-  if (database_ == nullptr) return false;
+bool IsDamageCode(int code) { return (code & 0xFF) == SQLITE_CORRUPT; }
+
+// ---- a scan ------------------------------------------------------------------------------------
+
+void ScanTransaction::Run(DataBaseMgr* database, int* status, const std::function<void()>& scan) {
+  const int before = status != nullptr ? *status : 0;
+  for (const auto kind :
+       {Writing::Kind::kTransaction, Writing::Kind::kTransaction, Writing::Kind::kStepByStep}) {
+    const Outcome outcome = RunOnce(database, kind, scan);
+    if (outcome == Outcome::kKept) break;
+    if (status != nullptr) *status = before;
+    if (outcome == Outcome::kUndone) break;
+  }
+  database->writing_->damaged.clear();
+}
+
+ScanTransaction::Outcome ScanTransaction::RunOnce(DataBaseMgr* database, Writing::Kind kind,
+                                                  const std::function<void()>& scan) {
+  Writing& writing = *database->writing_;
+  writing.kind = kind;
+  writing.failure = writing.again = SQLITE_OK;
+  if (kind == Writing::Kind::kTransaction) {
+    database->Exec(kBegin);
+    writing.changesBefore = sqlite3_total_changes(DataBaseMgr::ppDataBase);
+  }
+  Guarded(__func__, [&scan] { scan(); });
+  return End(database);
+}
+
+ScanTransaction::Outcome ScanTransaction::End(DataBaseMgr* database) {
+  Writing& writing = *database->writing_;
+  const auto kind = writing.kind;
+  writing.kind = Writing::Kind::kNothing;
+  database->statements_->Clear();
+  int failure = writing.failure;
+  if (failure == SQLITE_OK && writing.again != SQLITE_OK) {
+    ORX_LOG_ERROR("Error : [%s] in the database, the scan is run once more without what met it",
+                  sqlite3_errstr(writing.again));
+    if (InTransaction()) database->Exec(kRollback);
+    return Outcome::kAgain;
+  }
+  if (kind == Writing::Kind::kTransaction && failure == SQLITE_OK) {
+    if (database->Exec(kCommit, &failure) == 1) return Outcome::kKept;
+  }
+  if (failure == SQLITE_OK) return Outcome::kKept;
+  ORX_LOG_ERROR("Error : what was written is undone, [%s]", sqlite3_errstr(failure));
+  if (InTransaction()) database->Exec(kRollback);
+  return Outcome::kUndone;
+}
+
+bool ScanTransaction::GivenUp() {
+  return DataBaseMgr::mpThisInstance != nullptr && DataBaseMgr::mpThisInstance->GivenUp();
+}
+
+void ScanTransaction::MendOrphans(DataBaseMgr* database, const char* directory,
+                                  bool hasMediaTables) {
+  database->MendOrphans(directory, hasMediaTables);
+}
+
+// ---- the rows of one item ----------------------------------------------------------------------
+
+WritePair::WritePair(DataBaseMgr* database) : database_(nullptr) {
+  Writing& writing = *database->writing_;
+  outer_ = writing.kind;
+  const bool alone = outer_ == Writing::Kind::kNothing || outer_ == Writing::Kind::kStepByStep;
+  if (!alone || DataBaseMgr::ppDataBase == nullptr || InTransaction()) return;
+  database_ = database;
+  writing.kind = Writing::Kind::kPair;
+  writing.failure = SQLITE_OK;
+  database->Exec(kBegin);
+}
+
+bool WritePair::EndAtDamage() {
+  if (database_ == nullptr || !IsDamageCode(database_->writing_->failure)) return false;
+  End();
+  return true;
+}
+
+// What is undone was said of each statement that failed.
+bool WritePair::End() {
+  if (database_ == nullptr) return true;
   DataBaseMgr& database = *database_;
   database_ = nullptr;
-  const bool failed = database.WritingFailed();
-  database.writing_ = DataBaseMgr::Writing::kPlain;
-  if (!failed && database.ExecSqlStatmentNoValueReturn("COMMIT;") == 1) return true;
-  if (failed) ORX_LOG_ERROR("Error : what was written is undone");
-  if (sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0)
-    database.ExecSqlStatmentNoValueReturn("ROLLBACK;");
+  Writing& writing = *database.writing_;
+  writing.kind = outer_;
+  const int failure = writing.failure;
+  const bool stopsTheScan = outer_ == Writing::Kind::kStepByStep && !IsDamageCode(failure);
+  if (!stopsTheScan) writing.failure = SQLITE_OK;
+  if (failure == SQLITE_OK) {
+    int code = SQLITE_OK;
+    if (database.Exec(kCommit, &code) == 1) return true;
+    database.FailWriting(code);
+  }
+  if (InTransaction()) database.Exec(kRollback);
   return false;
 }
 
-bool WriteTransaction::IsOpen(const DataBaseMgr& database) noexcept {
-  return database.writing_ != DataBaseMgr::Writing::kPlain ||
-         sqlite3_get_autocommit(DataBaseMgr::ppDataBase) == 0;
+// ---- a new database ----------------------------------------------------------------------------
+
+WriteTransaction::WriteTransaction(DataBaseMgr* database) : database_(database) {
+  Writing& writing = *database->writing_;
+  writing.kind = Writing::Kind::kTransaction;
+  writing.failure = writing.again = SQLITE_OK;
+  database->Exec(kBegin);
 }
 
-WritePair::WritePair(DataBaseMgr* database) {
-  if (DataBaseMgr::ppDataBase != nullptr && !WriteTransaction::IsOpen(*database))
-    transaction_.emplace(database);
-}
-
-void RevocableRemoval::Begin() noexcept {
-  if (begun_ || database_.writing_ != DataBaseMgr::Writing::kInTransaction) return;
-  begun_ = database_.ExecSqlStatmentNoValueReturn("SAVEPOINT RemovedFolder;") == 1;
-}
-
-void RevocableRemoval::Undo() noexcept {
-  if (begun_) database_.ExecSqlStatmentNoValueReturn("ROLLBACK TO RemovedFolder;");
-  End();
-}
-
-void RevocableRemoval::End() noexcept {
-  if (begun_) database_.ExecSqlStatmentNoValueReturn("RELEASE RemovedFolder;");
-  begun_ = false;
+bool WriteTransaction::End() {
+  if (database_ == nullptr) return false;
+  DataBaseMgr* database = database_;
+  database_ = nullptr;
+  return ScanTransaction::End(database) == ScanTransaction::Outcome::kKept;
 }
 
 }  // namespace orx

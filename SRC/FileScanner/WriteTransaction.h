@@ -1,18 +1,87 @@
 // What belongs together in the database comes together or not at all.
 #pragma once
 
-#include <optional>
+#include <sqlite3.h>
+
+#include <functional>
+#include <set>
+#include <string>
 
 class DataBaseMgr;
 
 namespace orx {
 
-// One transaction of the open database, from making to End or destruction: "BEGIN;", then
-// "COMMIT;".
+// What is being written, and how it goes.
+struct Writing {
+  enum class Kind {
+    kNothing,      // statements of the host's, each by itself or in a transaction of its own
+    kPair,         // the two rows of one item
+    kTransaction,  // a scan, or the tables of a new database
+    kStepByStep,   // a scan of a damaged database, without a transaction
+  };
+  Kind kind = Kind::kNothing;
+  int failure = SQLITE_OK;  // of the machine: what is written is undone
+  int again = SQLITE_OK;    // the failure for which the scan runs once more
+  int changesBefore = 0;    // rows changed through the connection before the transaction
+
+  bool Stopped() const { return kind != Kind::kPair && failure != SQLITE_OK; }
+
+  // What an earlier run of the same scan met damage with: statements, and items by their path.
+  std::set<std::string> damaged;
+};
+
+// Whether SQLite's code says that the machine failed, and nothing about the statement.
+bool IsMachineCode(int code);
+bool IsDamageCode(int code);
+// Whether a question that ended with the code is open: neither answered nor refused.
+inline bool IsUnanswered(int code) { return IsMachineCode(code) || IsDamageCode(code); }
+
+// A scan of the open database, from BEGIN to COMMIT.
 //
-// When the machine fails in between (memory, disk or a lock that is not to be had), SQLite may have
-// given up what was written so far, and what comes next would hang in the air: the database manager
-// runs nothing more then, and the end is "ROLLBACK;".
+// When the machine fails a write in it (memory, disk, a lock that is not to be had), SQLite may
+// have given up what was written so far, and what comes next would hang in the air: nothing more is
+// run then, and all is undone.  When a statement meets damage, SQLite takes no more writes in the
+// transaction: the scan is undone and runs once more, and passes over what met the damage; when
+// that does not do, it runs a last time in steps that stand each alone.
+class ScanTransaction {
+ public:
+  // Runs `scan`, which may run several times.  `status`, which may be null, keeps its value when
+  // all is undone.
+  static void Run(DataBaseMgr* database, int* status, const std::function<void()>& scan);
+  // Whether the scan of the current instance runs nothing more, so that its walks may end.
+  static bool GivenUp();
+  // Removes what earlier scans left without its folder, see DataBaseMgr::MendOrphans.
+  static void MendOrphans(DataBaseMgr* database, const char* directory, bool hasMediaTables);
+
+ private:
+  enum class Outcome { kKept, kUndone, kAgain };
+  static Outcome RunOnce(DataBaseMgr* database, Writing::Kind kind,
+                         const std::function<void()>& scan);
+  static Outcome End(DataBaseMgr* database);
+  friend class WriteTransaction;
+};
+
+// The statements that belong to one item, in two tables.  Where no transaction is open yet, neither
+// a scan's nor the host's, they get one of their own; each of them runs even if the one before it
+// failed.
+class WritePair {
+ public:
+  explicit WritePair(DataBaseMgr* database);
+  ~WritePair() { End(); }
+  WritePair(const WritePair&) = delete;
+  WritePair& operator=(const WritePair&) = delete;
+
+  // Whether the transaction is this pair's own and met damage; then it is over, and nothing of it
+  // is kept.
+  bool EndAtDamage();
+  bool End();  // true when all that was written is there to stay, as far as this pair decides
+
+ private:
+  DataBaseMgr* database_;  // null when there is nothing to end
+  Writing::Kind outer_;
+};
+
+// All that is written to a new database until End: it is complete then, or not to be used.
 class WriteTransaction {
  public:
   explicit WriteTransaction(DataBaseMgr* database);
@@ -20,45 +89,10 @@ class WriteTransaction {
   WriteTransaction(const WriteTransaction&) = delete;
   WriteTransaction& operator=(const WriteTransaction&) = delete;
 
-  // Whether the transaction of the current instance is given up.
-  static bool Failed() noexcept;
-  bool End() noexcept;  // true when all that was written is there to stay
+  bool End();  // true when all that was written is there to stay
 
  private:
-  friend class WritePair;
-  static bool IsOpen(const DataBaseMgr& database) noexcept;  // one of the library's or the host's
-
   DataBaseMgr* database_;
-};
-
-// A WriteTransaction of its own where there is none yet, neither a scan's nor the host's: for the
-// rows of one item, which stand in two tables.
-class WritePair {
- public:
-  explicit WritePair(DataBaseMgr* database);
-  bool End() noexcept { return !transaction_ || transaction_->End(); }  // as WriteTransaction's
-
- private:
-  std::optional<WriteTransaction> transaction_;
-};
-
-// The removal of a folder in a scan.  Its row goes before the rows below it, and a cancel in
-// between would leave those where no later purge looks for them: then Undo brings back what went
-// since Begin, as if the cancel had come before.  Outside a scan's transaction it does nothing.
-class RevocableRemoval {
- public:
-  explicit RevocableRemoval(DataBaseMgr* database) : database_(*database) {}
-  ~RevocableRemoval() { End(); }
-  RevocableRemoval(const RevocableRemoval&) = delete;
-  RevocableRemoval& operator=(const RevocableRemoval&) = delete;
-
-  void Begin() noexcept;  // unless it began already
-  void Undo() noexcept;
-  void End() noexcept;  // what went is gone
-
- private:
-  DataBaseMgr& database_;
-  bool begun_ = false;
 };
 
 }  // namespace orx

@@ -38,6 +38,11 @@ void NoteSystemError(const char* call, const char* path, int error) noexcept {
   ORX_LOG_ERROR("Error : %s [%s] failed, errno %d", call, path != nullptr ? path : "", error);
 }
 
+void NoteLeftOut(const char* path, const char* reason) noexcept {
+  ++faults.all;
+  ORX_LOG_ERROR("Error : [%s] is left to the next scan, %s", path != nullptr ? path : "", reason);
+}
+
 Faults FaultsSoFar() noexcept { return faults; }
 
 }  // namespace orx

@@ -17,6 +17,8 @@ void NoteOutOfMemory(const char* where) noexcept;
 bool IsMachineFailure(int error) noexcept;
 // Notes a call of the system that failed with `error`, unless that is an ordinary answer.
 void NoteSystemError(const char* call, const char* path, int error) noexcept;
+// Notes that what is at `path` is left to the next scan.
+void NoteLeftOut(const char* path, const char* reason) noexcept;
 // Of this thread, so far.
 struct Faults {
   unsigned all;

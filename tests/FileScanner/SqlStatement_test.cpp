@@ -10,10 +10,10 @@
 
 namespace {
 
+using orx::CompiledStatement;
 using orx::IsPlainIdentifier;
 using orx::SqlStatement;
 using orx::StatementCache;
-using orx::StatementUse;
 
 // A database in memory, in which a statement is run as printed and as compiled with its values.
 class SqlStatementTest : public testing::Test {
@@ -37,12 +37,11 @@ class SqlStatementTest : public testing::Test {
     std::string reason;
     if (!statement.Accepted(&reason)) return -1;
     int code = SQLITE_OK;
-    sqlite3_stmt* compiled = cache_.Get(connection_, statement, &code);
-    if (compiled == nullptr) return code;
-    const StatementUse use(compiled);
-    EXPECT_TRUE(statement.BindTo(compiled));
+    const CompiledStatement compiled = cache_.Get(connection_, statement, &code);
+    if (compiled.get() == nullptr) return code;
+    EXPECT_TRUE(statement.BindTo(compiled.get()));
     do {
-      code = sqlite3_step(compiled);
+      code = sqlite3_step(compiled.get());
     } while (code == SQLITE_ROW);
     return code;
   }
@@ -330,29 +329,38 @@ TEST_F(SqlStatementTest, CompilesAPatternOnceForAllItsValuesButForEveryName) {
   static constexpr char kById[] = "select * from T where id=%s";
   static constexpr char kColumn[] = "select %s from T";
   int code = SQLITE_ERROR;
-  sqlite3_stmt* byId = cache_.Get(connection_, SqlStatement(kById).Id("1"), &code);
+  const auto compiled = [&](const SqlStatement& statement) {
+    return cache_.Get(connection_, statement, &code).get();
+  };
+  sqlite3_stmt* byId = compiled(SqlStatement(kById).Id("1"));
   EXPECT_EQ(code, SQLITE_OK);
   EXPECT_STREQ(sqlite3_sql(byId), "select * from T where id=?");
-  EXPECT_EQ(cache_.Get(connection_, SqlStatement(kById).Id("2"), &code), byId);
-  sqlite3_stmt* name = cache_.Get(connection_, SqlStatement(kColumn).Name("name"), &code);
+  EXPECT_EQ(compiled(SqlStatement(kById).Id("2")), byId);
+  sqlite3_stmt* name = compiled(SqlStatement(kColumn).Name("name"));
   EXPECT_STREQ(sqlite3_sql(name), "select name from T");
-  sqlite3_stmt* number = cache_.Get(connection_, SqlStatement(kColumn).Name("number"), &code);
-  EXPECT_STREQ(sqlite3_sql(number), "select number from T");
-  EXPECT_EQ(cache_.Get(connection_, SqlStatement(kColumn).Name("name"), &code), name);
+  EXPECT_STREQ(sqlite3_sql(compiled(SqlStatement(kColumn).Name("number"))), "select number from T");
+  EXPECT_EQ(compiled(SqlStatement(kColumn).Name("name")), name);
 }
 
-TEST_F(SqlStatementTest, CompilesAStatementOnce) {
-  int code = -1;
-  sqlite3_stmt* first = cache_.Get(connection_, "select * from T where id=?", &code);
-  ASSERT_NE(first, nullptr);
-  EXPECT_EQ(code, SQLITE_OK);
-  EXPECT_EQ(cache_.Get(connection_, "select * from T where id=?", &code), first);
-  EXPECT_NE(cache_.Get(connection_, "select * from T where name=?", &code), first);
+TEST_F(SqlStatementTest, CompilesAStatementAnewWhileItRuns) {
+  Exec("insert into T (id, name) values (1, 'a'), (2, 'b')");
+  const SqlStatement select("select name from T");
+  int code = SQLITE_OK;
+  const CompiledStatement first = cache_.Get(connection_, select, &code);
+  ASSERT_EQ(sqlite3_step(first.get()), SQLITE_ROW);
+  {
+    const CompiledStatement second = cache_.Get(connection_, select, &code);
+    ASSERT_NE(second.get(), first.get());
+    ASSERT_EQ(sqlite3_step(second.get()), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(second.get(), 0)), "a");
+  }
+  ASSERT_EQ(sqlite3_step(first.get()), SQLITE_ROW);
+  EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(first.get(), 0)), "b");
 }
 
 TEST_F(SqlStatementTest, ReportsAStatementThatDoesNotCompile) {
   int code = SQLITE_OK;
-  EXPECT_EQ(cache_.Get(connection_, "select * from Missing", &code), nullptr);
+  EXPECT_EQ(cache_.Get(connection_, SqlStatement("select * from Missing"), &code).get(), nullptr);
   EXPECT_EQ(code, SQLITE_ERROR);
 }
 
@@ -360,10 +368,13 @@ TEST_F(SqlStatementTest, CompilesAnewOnAnotherConnection) {
   sqlite3* other = nullptr;
   ASSERT_EQ(sqlite3_open(":memory:", &other), SQLITE_OK);
   int code = SQLITE_OK;
-  ASSERT_NE(cache_.Get(connection_, "select 1", &code), nullptr);
-  sqlite3_stmt* there = cache_.Get(other, "select 1", &code);
-  ASSERT_NE(there, nullptr);
-  EXPECT_EQ(sqlite3_db_handle(there), other);
+  const SqlStatement one("select 1");
+  ASSERT_NE(cache_.Get(connection_, one, &code).get(), nullptr);
+  {
+    const CompiledStatement there = cache_.Get(other, one, &code);
+    ASSERT_NE(there.get(), nullptr);
+    EXPECT_EQ(sqlite3_db_handle(there.get()), other);
+  }
   cache_.Clear();
   EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
 }
@@ -371,16 +382,18 @@ TEST_F(SqlStatementTest, CompilesAnewOnAnotherConnection) {
 TEST_F(SqlStatementTest, LeavesNoLockAndNoValueBehindAfterUse) {
   Exec("insert into T (id, name) values (1, 'a'), (2, 'b')");
   int code = SQLITE_OK;
-  sqlite3_stmt* compiled = cache_.Get(connection_, "select ? from T", &code);
+  const SqlStatement select = SqlStatement("select '%s' from T").Text("x");
+  sqlite3_stmt* used = nullptr;
   {
-    const StatementUse use(compiled);
-    ASSERT_TRUE(SqlStatement("select '%s' from T").Text("x").BindTo(compiled));
-    ASSERT_EQ(sqlite3_step(compiled), SQLITE_ROW);
+    const CompiledStatement compiled = cache_.Get(connection_, select, &code);
+    used = compiled.get();
+    ASSERT_TRUE(select.BindTo(used));
+    ASSERT_EQ(sqlite3_step(used), SQLITE_ROW);
     EXPECT_EQ(Exec("drop table T"), SQLITE_LOCKED);
   }
-  EXPECT_EQ(sqlite3_step(compiled), SQLITE_ROW);
-  EXPECT_EQ(sqlite3_column_type(compiled, 0), SQLITE_NULL);
-  sqlite3_reset(compiled);
+  EXPECT_EQ(sqlite3_step(used), SQLITE_ROW);
+  EXPECT_EQ(sqlite3_column_type(used, 0), SQLITE_NULL);
+  sqlite3_reset(used);
   EXPECT_EQ(Exec("drop table T"), SQLITE_OK);
 }
 

@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <random>
 
@@ -19,6 +21,22 @@ namespace orx_test {
 namespace {
 
 constexpr int kFilesPerFolder = 100;
+
+// A cancel may leave rows whose container is gone: then their parent is a bare number.
+std::string WithoutParent(const std::string& row) { return row.substr(0, row.find("|parent=")); }
+bool HasLostItsParent(const std::string& row) {
+  const size_t parent = row.find("|parent=");
+  return parent != std::string::npos && isdigit(row[parent + 8]) != 0;
+}
+
+// Whether the row is among the others, which are sorted; one that has lost its container, apart from
+// that.
+bool IsAmong(const std::vector<std::string>& rows, const std::string& row) {
+  if (!HasLostItsParent(row)) return std::binary_search(rows.begin(), rows.end(), row);
+  return std::any_of(rows.begin(), rows.end(), [&row](const std::string& other) {
+    return WithoutParent(other) == WithoutParent(row);
+  });
+}
 
 // Does something at the n-th line that a scan logs.
 long linesLeft = 0;
@@ -142,11 +160,8 @@ TEST_P(InterruptionTest, ACancelledScanIsCompletedByTheNext) {
     QuietPlatform::Get().onLine = nullptr;
     ForgetList();  // which would stay cancelled
     // Nothing but rows that a whole scan leaves too, or that were there before.
-    for (const std::string& row : Contents()) {
-      const bool known = std::binary_search(stage.expected.begin(), stage.expected.end(), row) ||
-                         std::binary_search(stage.before.begin(), stage.before.end(), row);
-      EXPECT_TRUE(known) << row;
-    }
+    for (const std::string& row : Contents())
+      EXPECT_TRUE(IsAmong(stage.expected, row) || IsAmong(stage.before, row)) << row;
     Scan();
     ASSERT_EQ(Difference(Contents(), stage.expected), "");
   }
