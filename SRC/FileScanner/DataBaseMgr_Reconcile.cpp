@@ -29,6 +29,7 @@ namespace {
 struct OpenContainer {
   std::string path;
   ResultRows children;
+  ResultRows sizes;  // of the children, where one query brought them all
   int next = 0;
 };
 
@@ -37,8 +38,8 @@ class WayDown {
  public:
   bool empty() const { return open_.empty(); }
   OpenContainer& back() { return open_.back(); }
-  void Enter(std::string path, ResultRows children) {
-    open_.push_back({std::move(path), std::move(children), 0});
+  void Enter(std::string path, ResultRows children, ResultRows sizes = {}) {
+    open_.push_back({std::move(path), std::move(children), std::move(sizes), 0});
   }
   void Leave() { open_.pop_back(); }
   bool FirstVisit(const std::string& id) { return visited_.insert(id).second; }
@@ -158,6 +159,15 @@ class DataBaseMgr::PurgeWalk {
  private:
   enum Column { kClass, kFullPath, kId };
 
+  static constexpr char kImageSize[] = "select size from ImageTable where FullPath = \"%s\"";
+  static constexpr char kVideoSize[] = "select size from VideoTable where FullPath = \"%s\"";
+  // Both for all children of a container at once, in the order of its children.
+  static constexpr char kSizes[] =
+      "select case class when 1 then "
+      "(select size from ImageTable where FullPath = Child.FullPath limit 1) when 3 then "
+      "(select size from VideoTable where FullPath = Child.FullPath limit 1) end "
+      "from ObjectTable as Child where parentID = \"%s\"";
+
   // A directory that is gone loses its row; what hangs under the row is checked all the same.  What
   // cannot be checked, because the machine fails, is kept.
   void Enter(const char* path) {
@@ -169,7 +179,18 @@ class DataBaseMgr::PurgeWalk {
     ResultRows children = database_.Fetch(
         SqlStatement("select class, FullPath, id from ObjectTable where parentID = \"%s\"")
             .Text(id));
-    if (children.rows > 0) way_.Enter(path, std::move(children));
+    if (children.rows == 0) return;
+    ResultRows sizes =
+        HasSizes(children) ? database_.Fetch(SqlStatement(kSizes).Text(id)) : ResultRows();
+    way_.Enter(path, std::move(children), std::move(sizes));
+  }
+
+  static bool HasSizes(const ResultRows& children) {
+    for (int row = 0; row < children.rows; ++row) {
+      const int mediaClass = children.Integer(row, kClass);
+      if (mediaClass == orx::kImageClass || mediaClass == orx::kVideoClass) return true;
+    }
+    return false;
   }
 
   void Check(int row) {
@@ -181,37 +202,45 @@ class DataBaseMgr::PurgeWalk {
       return;
     }
     uint32_t size = 0;
-    if (!RecordedSize(path, mediaClass, &size)) {
+    if (!RecordedSize(row, path, mediaClass, &size)) {
       way_.Leave();  // without the media table nothing in this directory can be checked
       return;
     }
     const orx::FaultWatch watch;
     const bool valid = files_.IsValidFile(path.c_str(), static_cast<unsigned long>(size)) &&
                        DirectoryPart(path) == here.path;
-    if (!valid && !watch.Seen())
-      database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
+    if (valid || watch.Seen()) return;
+    database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
+    removed_.insert(path);
   }
 
-  // The size in bytes from the media row, 0 when there is none.  False when the query failed.
-  bool RecordedSize(const std::string& path, int mediaClass, uint32_t* size) {
-    if (mediaClass == orx::kImageClass) {
-      const ResultRows image = database_.Fetch(
-          SqlStatement("select size from ImageTable where FullPath = \"%s\"").Text(path));
-      if (image.rows > 0) *size = image.SignedSize(0, 0);
-      return image.ok;
-    }
-    if (mediaClass == orx::kVideoClass) {
-      const ResultRows video = database_.Fetch(
-          SqlStatement("select size from VideoTable where FullPath = \"%s\"").Text(path));
-      if (video.rows > 0) *size = video.Size(0, 0);
-      return video.ok;
-    }
+  // The size in bytes from the media row, 0 when there is none.  False when it cannot be asked for.
+  bool RecordedSize(int row, const std::string& path, int mediaClass, uint32_t* size) {
+    const ResultRows& sizes = way_.back().sizes;
+    if (mediaClass != orx::kImageClass && mediaClass != orx::kVideoClass) return true;
+    // A path whose row went may have another row, with a size of its own.
+    if (row >= sizes.rows || removed_.count(path) > 0 || path.find('"') != std::string::npos)
+      return QueriedSize(path, mediaClass, size);
+    *size = SizeOf(sizes, row, mediaClass);
     return true;
+  }
+
+  bool QueriedSize(const std::string& path, int mediaClass, uint32_t* size) {
+    const ResultRows media = database_.Fetch(
+        SqlStatement(mediaClass == orx::kImageClass ? kImageSize : kVideoSize).Text(path));
+    if (media.rows > 0) *size = SizeOf(media, 0, mediaClass);
+    return media.ok;
+  }
+
+  // Sizes of pictures are read as signed numbers.
+  static uint32_t SizeOf(const ResultRows& sizes, int row, int mediaClass) {
+    return mediaClass == orx::kImageClass ? sizes.SignedSize(row, 0) : sizes.Size(row, 0);
   }
 
   DataBaseMgr& database_;
   ORXFSHandler files_;
   WayDown way_;
+  std::unordered_set<std::string> removed_;  // paths
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {
