@@ -27,6 +27,7 @@ constexpr TextField kTextFields[] = {  // \251 is the copyright sign
 // The first "data" box inside `item`; the position is then at its payload.
 bool FindData(Mp4Walk& walk, const Mp4Box& item, Mp4Box* data) {
   while (walk.NextBox(item.end, data)) {
+    walk.Claim(*data);
     if (data->type == FourCc("data")) return true;
     walk.SkipTo(data->end);
   }

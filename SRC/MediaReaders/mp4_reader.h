@@ -65,7 +65,8 @@ struct mp4_box_t {
 ORX_API int m4a_get_metadata(const char* path, mp4_metadata_t* meta);
 // Releases the texts and zeroes the record; null is harmless.
 ORX_API void m4a_free_metadata(mp4_metadata_t* meta);
-// Walks the boxes from the handle's position up to the file position `limit`.  Takes "ftyp",
+// Walks the boxes from the handle's position on that begin before the file position `limit` (none
+// when that is negative).  Takes "ftyp",
 // "mvhd", "tkhd", "mdhd", "hdlr", "stsd", "stsz" and the items of "ilst".  1 when media was found,
 // else 0.
 ORX_API int m4a_atom_get_metadata(st_UPNP_FILE* file, long long limit, mp4_metadata_t* meta);

@@ -11,8 +11,6 @@ namespace {
 constexpr long long kHeaderSize = 8;
 constexpr long long kLargeHeaderSize = 16;
 
-enum class SpecialSize { kNone, kPassedOver, kToEndOfFile, kImpossible };
-
 // The numbers come from the file, so the sum stops at the ends of the counter.
 void Count(long long bytes, mp4_metadata_t* meta) {
   if (__builtin_add_overflow(meta->BytesRead, bytes, &meta->BytesRead))
@@ -20,34 +18,35 @@ void Count(long long bytes, mp4_metadata_t* meta) {
         bytes < 0 ? std::numeric_limits<long long>::min() : std::numeric_limits<long long>::max();
 }
 
-// A 64-bit size stands at the position: passes over the box that has it.
-SpecialSize PassOverLargeBox(st_UPNP_FILE* file, mp4_metadata_t* meta) {
+// Reads a size of 64 bits.  The bytes of its box behind it; -1 when no box has that size.
+long long ReadLargeSize(st_UPNP_FILE* file) {
   uint8_t number[8];
-  if (upnp_file_read(file, number, sizeof number) != static_cast<int>(sizeof number))
-    return SpecialSize::kImpossible;
+  if (upnp_file_read(file, number, sizeof number) != static_cast<int>(sizeof number)) return -1;
   const uint64_t size = orx::ByteCursor(number, sizeof number).U64();
-  if (size < kLargeHeaderSize) return SpecialSize::kImpossible;
-  if (size > static_cast<uint64_t>(std::numeric_limits<long long>::max()))
-    return SpecialSize::kImpossible;
-  const long long skip = static_cast<long long>(size) - kLargeHeaderSize;
-  if (upnp_file_seek(file, skip, SEEK_CUR) < 0) return SpecialSize::kImpossible;
-  Count(skip, meta);
-  return SpecialSize::kPassedOver;
+  if (size < kLargeHeaderSize) return -1;
+  if (size > static_cast<uint64_t>(std::numeric_limits<long long>::max())) return -1;
+  return static_cast<long long>(size) - kLargeHeaderSize;
 }
 
-SpecialSize HandleSpecialSize(st_UPNP_FILE* file, unsigned size, mp4_metadata_t* meta) {
-  if (size > 1) return SpecialSize::kNone;
-  if (size == 1) return PassOverLargeBox(file, meta);
+void Skip(long long bytes, st_UPNP_FILE* file, mp4_metadata_t* meta) {
+  if (upnp_file_seek(file, bytes, SEEK_CUR) >= 0) Count(bytes, meta);
+}
+
+void GoToEndOfFile(st_UPNP_FILE* file, mp4_metadata_t* meta) {
   meta->BytesRead = file->size;
   upnp_file_seek(file, 0, SEEK_END);
-  return SpecialSize::kToEndOfFile;
 }
 
 }  // namespace
 
 int isBoxToLarge(st_UPNP_FILE* file, mp4_box_t* box, mp4_metadata_t* meta) {
   if (file == nullptr || box == nullptr || meta == nullptr) return 3;
-  return HandleSpecialSize(file, box->Size, meta) == SpecialSize::kNone ? 0 : 1;
+  if (box->Size > 1) return 0;
+  if (box->Size == 0)
+    GoToEndOfFile(file, meta);
+  else if (const long long rest = ReadLargeSize(file); rest > 0)
+    Skip(rest, file, meta);
+  return 1;
 }
 
 namespace orx {
@@ -56,7 +55,9 @@ Mp4Walk::Mp4Walk(st_UPNP_FILE* file, mp4_metadata_t* meta, Mp4ReaderLookup looku
     : file_(file), meta_(meta), lookup_(lookup) {}
 
 void Mp4Walk::Run(long long limit) {
-  WalkLevel(file_->size < 0 ? limit : std::min(limit, file_->size), 0);
+  limit = std::max(limit, 0LL);
+  fileEnd_ = file_->size < 0 ? limit : file_->size;
+  WalkLevel(std::min(limit, fileEnd_), 0);
 }
 
 void Mp4Walk::WalkLevel(long long end, uint32_t parent) {
@@ -64,9 +65,12 @@ void Mp4Walk::WalkLevel(long long end, uint32_t parent) {
   while (NextBox(end, &box)) {
     if (const Mp4BoxReader read = lookup_(box.type, parent); read != nullptr) read(*this, box);
     if (ended_) return;
-    SkipTo(box.end);
+    Claim(box);
+    SkipTo(behind_);
   }
 }
+
+void Mp4Walk::Claim(const Mp4Box& box) { behind_ = std::max(behind_, box.end); }
 
 void Mp4Walk::Enter(const Mp4Box& box, long long skip) {
   if (depth_ == kMaxBoxDepth || skip > box.payloadSize()) return;
@@ -87,24 +91,31 @@ bool Mp4Walk::NextBox(long long end, Mp4Box* box) {
     ByteCursor cursor(header, sizeof header);
     const uint32_t size = cursor.U32();
     box->type = cursor.U32();
-    switch (HandleSpecialSize(file_, size, meta_)) {
-      case SpecialSize::kToEndOfFile:
-        ended_ = true;
-        return false;
-      case SpecialSize::kImpossible:
-        return false;
-      case SpecialSize::kPassedOver:
-        Count(kLargeHeaderSize - kHeaderSize, meta_);  // the size itself
-        continue;
-      case SpecialSize::kNone:
-        break;
+    if (size == 0) {
+      GoToEndOfFile(file_, meta_);
+      ended_ = true;
+      return false;
     }
-    if (size < kHeaderSize || size > end - start) return false;
+    if (size == 1) {
+      if (!PassOverLargeBox()) return false;
+      continue;
+    }
+    if (size < kHeaderSize || size > fileEnd_ - start) return false;
     box->payload = start + kHeaderSize;
     box->end = start + size;
     return true;
   }
   return false;
+}
+
+bool Mp4Walk::PassOverLargeBox() {
+  const long long before = file_->position;
+  const long long rest = ReadLargeSize(file_);
+  Count(file_->position - before, meta_);
+  if (rest < 0 || rest > fileEnd_ - file_->position) return false;
+  Skip(rest, file_, meta_);
+  behind_ = std::max(behind_, file_->position);
+  return true;
 }
 
 bool Mp4Walk::MayVisitBox(long long header) {

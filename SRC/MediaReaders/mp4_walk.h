@@ -20,7 +20,7 @@ constexpr uint32_t FourCc(const char (&code)[5]) {
   return type;
 }
 
-// One box whose header has been read.  It lies whole inside the box around it, and in the file.
+// One box whose header has been read.  It lies whole in the file, and begins in the box around it.
 struct Mp4Box {
   uint32_t type;
   long long payload;  // file position of the first byte behind the header
@@ -35,7 +35,8 @@ using Mp4ReaderLookup = Mp4BoxReader (*)(uint32_t type, uint32_t parent);
 
 // Walks the boxes of one file, front to back, and calls their readers.
 //
-// A box that does not fit into the one around it ends that one: what was read stays, and the walk
+// A box that does not fit into the file ends the one around it: what was read stays, and the walk
+// goes on behind that.  One that only reaches behind the box around it is read whole, and the walk
 // goes on behind it.  Each byte is passed once, nothing is read that a reader does not ask for, and
 // no more is kept in memory than one text.  A walk that reaches one of the limits in parse_limits.h
 // ends.  Neither `file` nor `meta` is owned.
@@ -43,7 +44,8 @@ class Mp4Walk {
  public:
   Mp4Walk(st_UPNP_FILE* file, mp4_metadata_t* meta, Mp4ReaderLookup lookup);
 
-  void Run(long long limit);  // up to the file position `limit`, or the end of the file
+  // Reads the boxes that begin before the file position `limit`, or the end of the file.
+  void Run(long long limit);
 
   // For the readers.  A reader may leave the position anywhere inside its box.
   mp4_metadata_t& meta() const { return *meta_; }
@@ -52,6 +54,8 @@ class Mp4Walk {
   // The header of the next box before `end`.  False: there is none, or none that fits.
   bool NextBox(long long end, Mp4Box* box);
   void SkipTo(long long position);  // a file position; the counter moves with it, either way
+  // The walk goes on behind `box`, also where it reaches behind those around it.
+  void Claim(const Mp4Box& box);
   // Up to 128 bytes from the position on, as far as `box` and the file reach; good until the next
   // call.
   ByteCursor Head(const Mp4Box& box);
@@ -72,10 +76,13 @@ class Mp4Walk {
  private:
   void WalkLevel(long long end, uint32_t parent);
   bool MayVisitBox(long long header);  // at that file position
+  bool PassOverLargeBox();             // its size of 64 bits stands at the position
 
   st_UPNP_FILE* file_;
   mp4_metadata_t* meta_;
   Mp4ReaderLookup lookup_;
+  long long fileEnd_ = 0;
+  long long behind_ = 0;  // file position behind all boxes that were left, and those claimed
   bool sampleTableIsVideo_ = false;
   int depth_ = 0;       // boxes around the current one
   bool ended_ = false;  // a box that runs to the end of the file was met

@@ -382,6 +382,19 @@ TEST(SampleTable, DoesNotMakeTheNextOneVideo) {
   EXPECT_EQ(film->VideoByteTotal, 10);
 }
 
+TEST(SampleTable, IsNotOneOfVideoBeforeItsEntry) {
+  const Mp4Reading film(VideoTable(Stsz(0, {5, 5})) + Box("stbl", Stsz(0, {1, 1, 1})));
+  EXPECT_EQ(film->VideoFrameCount, 2);
+}
+
+TEST(SampleTable, HoldsAnEntryThatReachesBehindItButNoSizesBehindThat) {
+  const std::string entry = Stsd(Avc1(320, 240, 66, 10));
+  const Mp4Reading film(BoxOfSize(8 + entry.size() - 4, "stbl", entry) +
+                        Box("stbl", Stsz(0, {1, 1, 1})));
+  EXPECT_EQ(film->VideoCodec, 2);
+  EXPECT_EQ(film->VideoFrameCount, 0);
+}
+
 TEST(SampleTable, OfTheLastVideoTrackCounts) {
   const Mp4Reading film(VideoTable(Stsz(0, {5, 5})) + VideoTable(Stsz(0, {7})));
   EXPECT_EQ(film->VideoFrameCount, 1);

@@ -66,11 +66,38 @@ TEST(MetadataItem, TakesTheFirstOfSeveralData) {
   EXPECT_STREQ(film->Artist, "artist");
 }
 
-TEST(MetadataItem, TakesNoTextFromBehindItsBox) {
-  const Mp4Reading film(Ilst(Box("\251nam", BoxOfSize(40, "data", Zeros(8) + "title")) +
+TEST(MetadataItem, TakesDataThatReachesBehindItWholeAndGoesOnBehindThat) {
+  const std::string data = DataBox("a title"), artist = TextItem("\251ART", "artist");
+  const Mp4Reading film(Ilst(BoxOfSize(8 + data.size() - 3, "\251nam", data) + artist));
+  EXPECT_STREQ(film->Title, "a title");
+  EXPECT_STREQ(film->Artist, "artist");
+}
+
+TEST(MetadataItem, TakesNoTextThatReachesBehindTheFile) {
+  const Mp4Reading film(Ilst(Box("\251nam", BoxOfSize(4000, "data", Zeros(8) + "title")) +
                              TextItem("\251ART", "artist")));
   EXPECT_EQ(film->Title, nullptr);
   EXPECT_STREQ(film->Artist, "artist");
+}
+
+TEST(MetadataItem, GoesOnBehindDataThatIsNotReadToItsEnd) {
+  const std::string inside = TextItem("\251alb", "album");  // a title too long, and a long number
+  const std::string title = BoxOfSize(16 + 70000 + inside.size(), "data", Zeros(8));
+  const std::string track = BoxOfSize(20 + inside.size(), "data", Zeros(8) + U32(7));
+  const Mp4Reading film(Ilst(Box("\251nam", title) + inside + Zeros(70000) + Box("trkn", track) +
+                             inside + TextItem("\251ART", "artist")));
+  EXPECT_EQ(film->TrackNumber, 7);
+  EXPECT_EQ(film->AlbumTitle, nullptr);
+  EXPECT_STREQ(film->Artist, "artist");
+}
+
+TEST(CoverArtItem, MayReachBehindItsItem) {
+  const std::string data = DataBox(std::string(100, 'p'), 13);
+  const std::string film = Ilst(BoxOfSize(8 + 20, "covr", data));
+  const Mp4Reading reading(film);
+  EXPECT_EQ(reading->CoverArtOffset, static_cast<int>(film.size()) - 16);
+  EXPECT_EQ(reading->CoverArtLength, 116);
+  EXPECT_EQ(reading->BytesRead, static_cast<long long>(film.size()));
 }
 
 TEST(MetadataItem, KeepsALongTextWhole) {

@@ -139,10 +139,77 @@ TEST(Mp4Walk, EndsALevelAtABoxThatReachesBehindTheFile) {
   EXPECT_EQ(inner->HasAudio, 1);
 }
 
-TEST(Mp4Walk, EndsALevelAtABoxThatReachesBehindTheBoxAroundIt) {
-  const Mp4Reading reading(Box("moov", BoxOfSize(100, "trak", Hdlr("vide"))) + kSound + Zeros(100));
-  EXPECT_EQ(reading->HasVideo, 0);
+// A container whose size is `tooSmall` bytes too small.
+std::string Overrun(const std::string& type, const std::string& payload, size_t tooSmall) {
+  return BoxOfSize(8 + payload.size() - tooSmall, type, payload);
+}
+
+TEST(Mp4Walk, ReadsABoxThatReachesBehindTheBoxAroundItWholeAndGoesOnBehindIt) {
+  const std::string film = Overrun("moov", Box("trak", Hdlr("vide")), 20) + kSound;
+  const Mp4Reading reading(film);
+  EXPECT_EQ(reading->HasVideo, 1);
   EXPECT_EQ(reading->HasAudio, 1);
+  EXPECT_EQ(reading->BytesRead, static_cast<long long>(film.size()));
+}
+
+TEST(Mp4Walk, ReadsABoxThatReachesBehindSeveralAroundIt) {
+  const std::string track = Overrun("trak", Overrun("mdia", Hdlr("vide"), 10), 10);
+  const std::string film = Overrun("moov", track, 10) + kSound;
+  const Mp4Reading reading(film);
+  EXPECT_EQ(reading->HasVideo, 1);
+  EXPECT_EQ(reading->HasAudio, 1);
+  EXPECT_EQ(reading->BytesRead, static_cast<long long>(film.size()));
+}
+
+TEST(Mp4Walk, NeverGoesBackIntoABoxThatReachedBehindTheOneAroundIt) {
+  const std::string inside = Zeros(4) + kSound;
+  const std::string film = Overrun("moov", Box("free", inside), kSound.size()) + Hdlr("vide");
+  const Mp4Reading reading(film);
+  EXPECT_EQ(reading->HasAudio, 0);
+  EXPECT_EQ(reading->HasVideo, 1);
+  EXPECT_EQ(reading->BytesRead, static_cast<long long>(film.size()));
+}
+
+TEST(Mp4Walk, NeverGoesBackIntoSuchABoxOfA64BitSize) {
+  const std::string film = Overrun("moov", LargeBox("free", kSound), kSound.size()) + Hdlr("vide");
+  const Mp4Reading reading(film);
+  EXPECT_EQ(reading->HasAudio, 0);
+  EXPECT_EQ(reading->HasVideo, 1);
+  EXPECT_EQ(reading->BytesRead, static_cast<long long>(film.size()));
+}
+
+TEST(Mp4Walk, TakesNothingBehindSuchABoxForAChildOfThatAroundIt) {
+  const std::string items = Overrun("ilst", Box("free", Zeros(40)), 30);
+  const std::string film = Box("udta", items + TextItem("\251nam", "title"));
+  EXPECT_EQ(Mp4Reading(film)->Title, nullptr);
+}
+
+TEST(Mp4Walk, GoesOnInTheNextOuterBoxThatIsLongEnough) {
+  const std::string items = Box("ilst", Overrun("meta", Zeros(4) + Box("free", Zeros(40)), 30) +
+                                            TextItem("\251nam", "title"));
+  EXPECT_STREQ(Mp4Reading(items)->Title, "title");
+}
+
+TEST(Mp4Walk, GoesOnBehindTheBoxAroundAHeaderOfABad64BitSize) {
+  // The number is the header of the next box, which is read for itself afterwards.
+  const std::string film = Overrun("moov", BoxOfSize(1, "free", ""), 0) + kSound;
+  EXPECT_EQ(Mp4Reading(film).result(), 1);
+}
+
+TEST(Mp4Walk, CountsSixteenBytesOfABoxOfA64BitSizeWhateverTheSize) {
+  for (const uint64_t size : {uint64_t{0}, uint64_t{15}, uint64_t{1000}, uint64_t{1} << 40,
+                              uint64_t{INT64_MAX}, uint64_t{INT64_MAX} + 1, UINT64_MAX}) {
+    SCOPED_TRACE(size);
+    EXPECT_EQ(Mp4Reading(BoxOfSize(1, "free", U64(size)) + Zeros(50))->BytesRead, 16);
+    const std::string film = Box("moov", BoxOfSize(1, "free", U64(size)) + Zeros(3)) + kSound;
+    EXPECT_EQ(Mp4Reading(film)->BytesRead, static_cast<long long>(film.size()));
+  }
+}
+
+TEST(Mp4Walk, PlacesACoverBehindABad64BitSizeWhereItStands) {
+  const std::string film = Box("udta", BoxOfSize(1, "free", U64(3))) +
+                           Ilst(Box("covr", DataBox(std::string(100, 'p'), 13)));
+  EXPECT_EQ(Mp4Reading(film)->CoverArtOffset, static_cast<int>(film.size()) - 16);
 }
 
 TEST(Mp4Walk, EndsALevelAtA64BitSizeThatReachesBehindIt) {
@@ -194,12 +261,33 @@ TEST(Mp4Walk, StopsAtTheGivenLimit) {
   m4a_free_metadata(&meta);
 }
 
+TEST(Mp4Walk, ReadsTheBoxThatBeginsBeforeTheGivenLimitWhole) {
+  const OpenedFile file(Hdlr("vide") + kSound);
+  mp4_metadata_t meta = {};
+  EXPECT_EQ(m4a_atom_get_metadata(file.get(), 12, &meta), 1);
+  EXPECT_EQ(meta.HasVideo, 1);
+  EXPECT_EQ(meta.HasAudio, 0);
+  m4a_free_metadata(&meta);
+}
+
 TEST(Mp4Walk, StopsAtTheEndOfTheFileWhateverTheLimit) {
   const OpenedFile file(kSound);
   mp4_metadata_t meta = {};
   EXPECT_EQ(m4a_atom_get_metadata(file.get(), LLONG_MAX, &meta), 1);
-  EXPECT_EQ(m4a_atom_get_metadata(file.get(), LLONG_MIN + 8, &meta), 1);  // as found before
   m4a_free_metadata(&meta);
+}
+
+TEST(Mp4Walk, ReadsNothingForANegativeLimit) {
+  for (const long long limit : {-1LL, -8LL, LLONG_MIN + 8, LLONG_MIN + 7, LLONG_MIN}) {
+    SCOPED_TRACE(limit);
+    const OpenedFile file(kSound);
+    mp4_metadata_t meta = {};
+    EXPECT_EQ(m4a_atom_get_metadata(file.get(), limit, &meta), 0);
+    EXPECT_EQ(file.get()->position, 0);
+    EXPECT_EQ(meta.BytesRead, 0);
+    meta.HasVideo = 1;  // found before
+    EXPECT_EQ(m4a_atom_get_metadata(file.get(), limit, &meta), 1);
+  }
 }
 
 TEST(Mp4Walk, AnswersZeroWithoutFileOrRecord) {
