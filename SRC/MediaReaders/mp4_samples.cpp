@@ -56,31 +56,55 @@ constexpr ObjectType kObjectTypes[] = {{102, kAacLc}, {103, kAacLc}, {104, kAacL
                                        {107, 0},      {224, 0},      {225, 0},      {227, 0},
                                        {228, 0},      {229, 0},      {230, 0}};
 
-int AcceptObjectType(unsigned indication, mp4_metadata_t* meta) {
+bool AcceptObjectType(unsigned indication, mp4_metadata_t* meta) {
   const auto* found =
       std::find_if(std::begin(kObjectTypes), std::end(kObjectTypes),
                    [&](const ObjectType& type) { return type.indication == indication; });
-  if (found == std::end(kObjectTypes)) return -1;
+  if (found == std::end(kObjectTypes)) return false;
   if (found->audioType != 0) meta->AudioType = found->audioType;
-  return 0;
+  return true;
 }
 
 // The AudioSpecificConfig of MPEG-4 audio, of which the length and the first byte are given.
-int AcceptAudioConfig(unsigned length, unsigned firstByte, mp4_metadata_t* meta) {
-  if (length < 2) return -1;
+bool AcceptAudioConfig(unsigned length, unsigned firstByte, mp4_metadata_t* meta) {
+  if (length < 2) return false;
   switch (firstByte >> 3) {  // audio object type
     case 2:
       meta->AudioType = kAacLc;
-      return 0;
+      return true;
     case 4:
       meta->AudioType = kAacLtp;
-      return 0;
+      return true;
     case 5:
       meta->AudioType = kHeAac;
-      return 0;
+      return true;
     default:
-      return -1;
+      return false;
   }
+}
+
+// The numbers of a sound entry, those that lie in it; some phones end the entry early.
+void TakeSoundNumbers(const ByteCursor& fields, const EsdsLayout& layout, mp4_metadata_t* meta) {
+  ByteCursor field = fields.At(layout.averageBitrate);
+  const uint64_t bitrate = uint64_t{field.U32()} + 500;
+  if (field.ok())
+    meta->AudioBitrate =
+        static_cast<int>(std::min<uint64_t>(bitrate, std::numeric_limits<int>::max()));
+  field = fields.At(kSampleRate);
+  const int sampleRate = field.U16();
+  if (field.ok()) meta->SampleRate = sampleRate;
+  field = fields.At(kChannelCount);
+  const int channels = field.U16();
+  if (field.ok()) meta->Channels = channels;
+}
+
+bool CheckMp4a(const ByteCursor& fields, const EsdsLayout& layout, mp4_metadata_t* meta) {
+  TakeSoundNumbers(fields, layout, meta);
+  if (fields.size() < layout.end()) return false;
+  const unsigned objectType = fields.At(layout.objectType).U8();
+  if (objectType != 64) return AcceptObjectType(objectType, meta);
+  return AcceptAudioConfig(fields.At(layout.configLength).U8(), fields.At(layout.config).U8(),
+                           meta);
 }
 
 }  // namespace
@@ -103,16 +127,7 @@ int mp4_check_avc1_header(const char* entry, mp4_metadata_t* meta) {
 int mp4_check_mp4a_header(const char* entry, mp4_metadata_t* meta) {
   if (entry == nullptr || meta == nullptr) return -1;
   const EsdsLayout& layout = LayoutOf(*meta);
-  const ByteCursor fields(entry, layout.end());
-  const uint64_t bitrate = uint64_t{fields.At(layout.averageBitrate).U32()} + 500;
-  meta->AudioBitrate =
-      static_cast<int>(std::min<uint64_t>(bitrate, std::numeric_limits<int>::max()));
-  meta->SampleRate = fields.At(kSampleRate).U16();
-  meta->Channels = fields.At(kChannelCount).U16();
-  const unsigned objectType = fields.At(layout.objectType).U8();
-  if (objectType != 64) return AcceptObjectType(objectType, meta);
-  return AcceptAudioConfig(fields.At(layout.configLength).U8(), fields.At(layout.config).U8(),
-                           meta);
+  return CheckMp4a(ByteCursor(entry, layout.end()), layout, meta) ? 0 : -1;
 }
 
 namespace orx {
@@ -123,8 +138,8 @@ bool AcceptAvc1Entry(std::string_view entry, mp4_metadata_t* meta) {
 }
 
 bool AcceptMp4aEntry(std::string_view entry, mp4_metadata_t* meta) {
-  return entry.size() >= kCommonFields + LayoutOf(*meta).end() &&
-         mp4_check_mp4a_header(entry.data() + kCommonFields, meta) == 0;
+  const ByteCursor fields = ByteCursor(entry.data(), entry.size()).At(kCommonFields);
+  return fields.ok() && CheckMp4a(fields, LayoutOf(*meta), meta);
 }
 
 }  // namespace orx

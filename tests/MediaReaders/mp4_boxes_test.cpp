@@ -255,7 +255,7 @@ TEST(SampleDescriptionBox, TakesNothingFromAnAvcEntryThatIsTooShort) {
   }
 }
 
-TEST(SampleDescriptionBox, TakesNothingFromAnAacEntryThatIsTooShort) {
+TEST(SampleDescriptionBox, TellsNoAudioTypeByAnAacEntryThatIsTooShort) {
   for (const bool longForm : {true, false}) {
     AacEntry sound;
     sound.longDescriptors = longForm;
@@ -266,10 +266,44 @@ TEST(SampleDescriptionBox, TakesNothingFromAnAacEntryThatIsTooShort) {
       SCOPED_TRACE(size);
       const Mp4Reading film(Ftyp("isom", brands) + Stsd(Box("mp4a", entry.substr(0, size))));
       EXPECT_EQ(film->AudioType, 0);
-      EXPECT_EQ(film->Channels, 0);
-      EXPECT_EQ(film->AudioBitrate, 0);
     }
   }
+}
+
+TEST(SampleDescriptionBox, TakesEachNumberThatLiesInAShortAacEntry) {
+  for (const bool longForm : {true, false}) {
+    AacEntry sound;
+    sound.longDescriptors = longForm;
+    const std::string brands = longForm ? "mp42" : "isom";
+    const std::string entry = Mp4a(sound);
+    const size_t bitrateEnd = 16 + (longForm ? 54 : 48) + 4;
+    for (size_t size = 8; size < 75; ++size) {
+      SCOPED_TRACE(size);
+      const std::string shortEntry = U32(size) + entry.substr(4, size - 4);
+      const Mp4Reading film(Ftyp("isom", brands) + Stsd(shortEntry));
+      EXPECT_EQ(film->Channels, size >= 16 + 8 + 2 ? 2 : 0);
+      EXPECT_EQ(film->SampleRate, size >= 16 + 16 + 2 ? 44100 : 0);
+      EXPECT_EQ(film->AudioBitrate, size >= bitrateEnd ? 128500 : 0);
+    }
+  }
+}
+
+TEST(SampleDescriptionBox, TakesTheNumbersOfTheEntryOf75BytesThatPhonesWrite) {
+  const std::string entry = U32(75) + Mp4a().substr(4, 71);
+  const Mp4Reading film(Ftyp("mp42", "isommp42") + Stsd(entry));
+  EXPECT_EQ(film->AudioType, 0);
+  EXPECT_EQ(film->Channels, 2);
+  EXPECT_EQ(film->SampleRate, 44100);
+  EXPECT_EQ(film->AudioBitrate, 128500);
+}
+
+TEST(SampleDescriptionBox, KeepsEarlierNumbersThatAShortAacEntryDoesNotHold) {
+  const std::string entry = U32(26) + Mp4a({6, 48000}).substr(4, 22);  // ends with the channels
+  const Mp4Reading film(Ftyp("mp42", "mp42") + Stsd(Mp4a()) + Stsd(entry));
+  EXPECT_EQ(film->Channels, 6);
+  EXPECT_EQ(film->SampleRate, 44100);
+  EXPECT_EQ(film->AudioBitrate, 128500);
+  EXPECT_EQ(film->AudioType, 1);
 }
 
 TEST(SampleDescriptionBox, BelievesTheSmallerOfTheTwoSizesOfAnEntry) {
