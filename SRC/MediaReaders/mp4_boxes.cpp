@@ -59,13 +59,12 @@ void ReadFileType(Mp4Walk& walk, const Mp4Box& box) {
 // nothing of the duration, so an earlier number stays and the text is that of 0.
 void StoreDuration(uint32_t timescale, uint64_t duration, mp4_metadata_t* meta) {
   constexpr uint64_t kMost = std::numeric_limits<uint64_t>::max();
-  constexpr uint64_t kMostMs = std::numeric_limits<long>::max();  // 32 bits on the camera
+  constexpr uint64_t kMostSeconds = std::numeric_limits<long>::max() / 1000;  // 32 bits on cameras
   uint64_t ms = 0;
   if (timescale != 0) {
     const uint64_t rounded = duration > kMost - 500 ? kMost : duration + 500;
     meta->VideoDurationMs = static_cast<double>(rounded) / timescale * 1000.0;
-    const uint64_t seconds = rounded / timescale;
-    ms = seconds > kMostMs / 1000 ? kMostMs : seconds * 1000;
+    ms = std::min(rounded / timescale, kMostSeconds) * 1000;
   }
   ReplaceText(meta->DurationText, upnp_duration_to_string(static_cast<long>(ms)));
 }

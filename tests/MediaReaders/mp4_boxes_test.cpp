@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -126,6 +127,21 @@ TEST(MovieHeaderBox, LimitsADurationThatNoNumberHolds) {
   EXPECT_DOUBLE_EQ(film->VideoDurationMs, static_cast<double>(UINT64_MAX) * 1000.0);
   ASSERT_NE(film->DurationText, nullptr);
   EXPECT_NE(film->DurationText[0], '-');
+}
+
+TEST(MovieHeaderBox, CutsADurationTooLongForTheFieldToWholeSeconds) {
+  constexpr uint64_t kMost = LONG_MAX / 1000;  // seconds
+  for (const uint64_t seconds : {kMost, kMost + 1, UINT64_MAX - 500}) {
+    SCOPED_TRACE(seconds);
+    const Mp4Reading film(Mvhd(1, 1, seconds - 500));
+    ASSERT_NE(film->DurationText, nullptr);
+    char expected[64];
+    snprintf(expected, sizeof expected, "%llu:%02llu:%02llu",
+             static_cast<unsigned long long>(kMost / 3600),
+             static_cast<unsigned long long>(kMost / 60 % 60),
+             static_cast<unsigned long long>(kMost % 60));
+    EXPECT_STREQ(film->DurationText, expected);
+  }
 }
 
 TEST(MovieHeaderBox, TakesADurationOf32BitsAsUnsigned) {
