@@ -288,6 +288,15 @@ const Worst kWorst[] = {
        file->Hole(0xFFD8FFE1 - start.size() - uint64_t{5040} * 16386 - 2);
        file->Scatter(BoxOfSize(16384, "mdhd", Mdhd(1, 1).substr(8)), 16384, 5000);
      }},
+    {"a picture and a film in one, both up to every limit", "",
+     [](Target* file) {
+       const std::string start = StartWithThumbnailAt(70);
+       file->Add(start).Scatter("\xFF\xE2\x40\0", 16386, 2040).Add(StartOfImage());
+       file->Scatter("\xFF\xE2\xFF\xFF", 65537, 3000);
+       file->Hole(0xFFD8FFE1 - start.size() - uint64_t{2040} * 16386 - 2 - uint64_t{3000} * 65537);
+       file->Scatter(BoxOfSize(16384, "mvhd", Mvhd(1, 3, UINT64_MAX).substr(8)), 16384, 4090);
+       file->Repeat(Mvhd(1, 3, UINT64_MAX), 2 * kMb).Repeat(Brands(60000), 20 * kMb);
+     }},
     // ---- long, but honest ----
     {"a film of 36,000 fragments", ".mp4",
      [](Target* file) {

@@ -163,17 +163,18 @@ bool ReadFrameSize(st_UPNP_FILE* file, long long start, long long limit, int* wi
 
 long long FindStartOfImage(st_UPNP_FILE* file, long long position) {
   if (upnp_file_seek(file, position, SEEK_SET) != position) return -1;
-  constexpr int kOverlap = 1;     // a marker may lie across two blocks
-  uint8_t bytes[kOverlap + 256];  // most begin within the first few
+  constexpr int kOverlap = 1;  // a marker may lie across two blocks
+  uint8_t bytes[kOverlap + 4 * 1024];
   bytes[0] = 0;
+  long long size = 256;  // most begin within the first few bytes
   for (long long passed = 0; passed < kMaxThumbnailSearch;) {
-    const int count =
-        upnp_file_read(file, bytes + kOverlap, static_cast<int>(sizeof bytes) - kOverlap);
+    const int count = upnp_file_read(file, bytes + kOverlap, static_cast<int>(size));
     if (count <= 0) return -1;
     const int found = IndexOfStartOfImage(bytes, kOverlap + count);
     if (found >= 0) return position + passed + found - kOverlap;
     passed += count;
     bytes[0] = bytes[count];
+    size = std::min<long long>(sizeof bytes - kOverlap, kMaxThumbnailSearch - passed);
   }
   return -1;
 }

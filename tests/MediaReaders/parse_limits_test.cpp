@@ -1,16 +1,38 @@
 // Just below, at and past each limit on the work for one file.
 #include "MediaReaders/parse_limits.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/types.h>
+#include <unistd.h>
 
+#include <climits>
 #include <string>
 #include <vector>
 
 #include "MediaReaders/exif_reader.h"
 #include "MediaReaders/jpeg_segments.h"
 #include "support/JpegBuilder.h"
+#include "support/MemoryFile.h"
 #include "support/Mp4Builder.h"
 #include "support/Mp4Reading.h"
+
+namespace {
+long long bytesRead = 0, reads = 0;  // from files, by the library
+}
+
+extern "C" {
+// NOLINTBEGIN: the names are the linker's
+ssize_t __real_pread64(int descriptor, void* to, size_t size, off64_t at);
+
+ssize_t __wrap_pread64(int descriptor, void* to, size_t size, off64_t at) {
+  const ssize_t count = __real_pread64(descriptor, to, size, at);
+  ++reads;
+  bytesRead += count;
+  return count;
+}
+// NOLINTEND
+}
 
 namespace {
 
@@ -137,6 +159,64 @@ TEST(Mp4Limit, CountsTheBrandsSearchedForEachSoundEntry) {
   const Mp4Reading sound(file);
   EXPECT_EQ(sound.result(), 0);
   EXPECT_GT(sound->Channels, 0);
+}
+
+// ---- both readers, one after the other ----
+
+class SparseFile {
+ public:
+  ~SparseFile() { close(descriptor_); }
+  SparseFile() = default;
+  SparseFile(const SparseFile&) = delete;
+  SparseFile& operator=(const SparseFile&) = delete;
+
+  const char* path() const { return file_.path(); }
+  void Write(long long at, const std::string& bytes) const {
+    ASSERT_EQ(pwrite64(descriptor_, bytes.data(), bytes.size(), at),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  // `count` pieces, each at the start of `stride` bytes; returns where these end.
+  long long Scatter(long long at, const std::string& piece, long long stride, int count) const {
+    for (int i = 0; i < count; ++i, at += stride) Write(at, piece);
+    return at;
+  }
+
+ private:
+  MemoryFile file_;
+  int descriptor_ = open64(file_.path(), O_WRONLY | O_CLOEXEC);
+};
+
+// The first bytes of a picture are a box of 4.3 GB, so that a file may be a picture and a film.
+// One without extension is tried as both, and each reader may go up to all its limits.
+TEST(LimitsTogether, LetAPictureThatIsAFilmCostAHundredMegabytesOfReading) {
+  const std::string start =
+      StartOfImage() + ExifSegment(TiffBuilder().Long(513, 70).Long(514, 0x7FFFFFFF).Build());
+  const SparseFile file;
+  file.Write(0, start);
+  const long long size = static_cast<long long>(start.size());
+  long long end = file.Scatter(size, std::string("\xFF\xE2\x40\0", 4), 16386, 2040);
+  file.Write(end, StartOfImage());
+  file.Scatter(end + 2, "\xFF\xE2\xFF\xFF", 65537, 3000);
+  end = file.Scatter(0xFFD8FFE1, BoxOfSize(16384, "mvhd", Mvhd(1, 3, 1).substr(8)), 16384,
+                     orx::kMaxDistantBoxes - 8);
+  const std::string table = BoxOfSize(0x3FFFFFF0, "stbl", Stsd(Avc1(640, 480, 66, 30))) +
+                            BoxOfSize(0x3FFFF000, "stsz", U32(0) + U32(0) + U32(0xFFFFFFFF));
+  file.Write(end, table);
+  file.Write(end + 0x3FFFFFF0, Zeros(1));
+
+  reads = bytesRead = 0;
+  mp4_metadata_t film = {};
+  EXPECT_EQ(m4a_get_metadata(file.path(), &film), 0);
+  EXPECT_EQ(film.VideoFrameCount, INT_MAX);  // the walk came to the table
+  m4a_free_metadata(&film);
+  int length = 0;
+  EXPECT_EQ(exif_get_metadata(file.path(), nullptr, nullptr, nullptr, nullptr, &length, nullptr,
+                              nullptr, nullptr, nullptr, nullptr, nullptr),
+            1);
+  EXPECT_EQ(length, 0x7FFFFFFF);
+  EXPECT_GT(reads, 0);
+  EXPECT_LE(reads, 7000);
+  EXPECT_LE(bytesRead, 110 << 20);
 }
 
 }  // namespace
