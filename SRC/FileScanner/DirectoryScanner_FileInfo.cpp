@@ -1,9 +1,6 @@
 // Single files: their display records, and records built from the platform's attributes.
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +19,8 @@
 #include "FileScanner/PlatformRecord.h"
 #include "FileScanner/VideoMetaData.h"
 #include "OSAL/Fault.h"
+#include "OSAL/FileOpening.h"
+#include "OSAL/LocalTimeScope.h"
 #include "OSAL/ORXAString.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
@@ -40,32 +39,6 @@ constexpr size_t kDateBytes = 12;  // "2026-11-21" and a year of five digits
 constexpr int kServedThumbnailWidth = 160;
 constexpr int kServedThumbnailHeight = 120;
 constexpr int kServedByPlatform = 1;
-
-class Descriptor {
- public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
-// Opens what has bytes to read and never waits for the other end of a FIFO.
-int OpenFile(const char* path) {
-  if (path == nullptr) return -1;
-  const int descriptor = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) orx::NoteSystemError("open", path, errno);
-  struct stat64 status = {};
-  if (descriptor < 0 || fstat64(descriptor, &status) != 0) return descriptor;
-  if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) return descriptor;
-  close(descriptor);
-  return -1;
-}
 
 const char* OrEmpty(const char* text) { return text != nullptr ? text : ""; }
 
@@ -275,24 +248,24 @@ MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath)
 int DirectoryScanner::__ExtractFileSizeAndDateFromName(const char* path, long long* size,
                                                        char* date) {
   if (size == nullptr || date == nullptr) return 0;
-  const Descriptor file(OpenFile(path));
-  if (file.get() < 0) {
+  const orx::OpenedFile file(path);
+  if (file.lostStatus()) {
+    ORX_LOG_ERROR("[DirectoryScanner::__ExtractFileSizeAndDateFromName] Fstat failed [%s]\n", path);
+    return 0;
+  }
+  if (!file.ok()) {
     ORX_LOG_ERROR(
         "[DirectoryScanner::__ExtractFileSizeAndDateFromName] Cannot Open the File  [%s]\n",
         OrEmpty(path));
     return 0;
   }
-  struct stat64 status = {};
-  if (fstat64(file.get(), &status) != 0) {
-    ORX_LOG_ERROR("[DirectoryScanner::__ExtractFileSizeAndDateFromName] Fstat failed [%s]\n", path);
-    return 0;
-  }
-  *size = status.st_size;
-  const time_t modified = status.st_mtime;
+  *size = file.status().st_size;
+  const time_t modified = file.status().st_mtime;
   if (modified == -1) {
     ORX_LOG_ERROR("[DirectoryScanner::__ExtractFileSizeAndDateFromName] Failed to get the date\n");
     return 0;
   }
+  const orx::LocalTimeScope zone;
   struct tm local = {};
   if (localtime_r(&modified, &local) == nullptr) {
     ORX_LOG_ERROR("[DirectoryScanner::__ExtractFileSizeAndDateFromName] gtm == NULL \n");

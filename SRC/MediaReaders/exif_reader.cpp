@@ -15,6 +15,7 @@
 #include "MediaReaders/tiff_types.h"
 #include "MediaReaders/tiff_walk.h"
 #include "OSAL/Fault.h"
+#include "UpnpUtil/FileHandle.h"
 #include "UpnpUtil/GmtDay.h"
 
 namespace {
@@ -239,35 +240,35 @@ void NormaliseDate(time_t modified, ExifData* data) {
 
 // ---- The file ----
 
-// `modified` has more bits than the record's time where `long` has 32.
-bool ReadFileStatus(const st_UPNP_FILE* file, ExifData* data, time_t* modified) {
-  struct stat64 status = {};
-  if (file == nullptr) return false;
-  if (fstat64(file->descriptor, &status) != 0) {
-    orx::NoteSystemError("fstat", nullptr, errno);
-    return false;
+// A picture file with its time, which has more bits than the record's where `long` has 32.
+struct PictureFile {
+  explicit PictureFile(const char* path) {
+    struct stat64 status = {};
+    handle.reset(orx::OpenHandle(path, &status));
+    modified = status.st_mtime;
   }
-  data->FileSize = status.st_size;
-  data->FileTime = static_cast<long>(status.st_mtime);
-  *modified = status.st_mtime;
-  return true;
-}
+  FilePtr handle;
+  time_t modified;
+};
 
-bool ReadPictureUnguarded(st_UPNP_FILE* file, ExifData* data) {
-  time_t modified = 0;
-  if (!ReadFileStatus(file, data, &modified) || data->FileSize == 0) return false;
+bool ReadPictureUnguarded(const PictureFile& picture, ExifData* data) {
+  st_UPNP_FILE* file = picture.handle.get();
+  data->FileSize = file->size;
+  data->FileTime = static_cast<long>(picture.modified);
+  if (data->FileSize == 0) return false;
   orx::ExifBlock block;
   const bool hasExif =
       orx::ReadExifBlock(file, &block);  // first: it stands before the frame header
   orx::ReadFrameSize(file, 0, data->FileSize, &data->Width, &data->Height);
   if (!hasExif || !ReadTiffBlock(block.bytes.get(), block.length, data)) return false;
-  NormaliseDate(modified, data);
+  NormaliseDate(picture.modified, data);
   return true;
 }
 
 // Fills a zeroed record; no text is left in it on failure.
-bool ReadPicture(st_UPNP_FILE* file, ExifData* data) {
-  if (orx::Guarded(__func__, false, [=] { return ReadPictureUnguarded(file, data); })) return true;
+bool ReadPicture(const PictureFile& file, ExifData* data) {
+  if (file.handle == nullptr) return false;
+  if (orx::Guarded(__func__, false, [&] { return ReadPictureUnguarded(file, data); })) return true;
   exif_free_metadata(data);
   return false;
 }
@@ -365,8 +366,7 @@ void exif_free_metadata(ExifData* data) {
 int exif_get_metadata_orig(const char* path, ExifData* data) {
   if (data == nullptr) return 0;
   *data = {};
-  const FilePtr file(upnp_file_open_read(path));
-  return file != nullptr && ReadPicture(file.get(), data) ? 1 : 0;
+  return ReadPicture(PictureFile(path), data) ? 1 : 0;
 }
 
 int exif_get_metadata(const char* path, long long* size, int* width, int* height, int* thumbOffset,
@@ -380,14 +380,12 @@ int exif_get_metadata(const char* path, long long* size, int* width, int* height
   for (char** text : {date, description})
     if (text != nullptr) *text = nullptr;
 
-  const FilePtr file(upnp_file_open_read(path));
+  const PictureFile file(path);
   OwnedExifData picture;
   ExifData* data = &picture.data;
-  if (file == nullptr || !ReadPicture(file.get(), data) ||
-      data->ThumbnailLength == kPlatformThumbnailLength)
-    return 0;
+  if (!ReadPicture(file, data) || data->ThumbnailLength == kPlatformThumbnailLength) return 0;
   int widthOfThumbnail = 0, heightOfThumbnail = 0;
-  LocateThumbnail(file.get(), data, &widthOfThumbnail, &heightOfThumbnail);
+  LocateThumbnail(file.handle.get(), data, &widthOfThumbnail, &heightOfThumbnail);
 
   Store(size, data->FileSize);
   Store(fileTime, data->FileTime);

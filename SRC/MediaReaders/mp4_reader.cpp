@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +12,8 @@
 #include "MediaReaders/mp4_boxes.h"
 #include "MediaReaders/mp4_walk.h"
 #include "OSAL/Fault.h"
+#include "OSAL/LocalTimeScope.h"
+#include "UpnpUtil/FileHandle.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ using File = std::unique_ptr<st_UPNP_FILE, CloseFile>;
 
 // Local time; null when the moment has no date.
 char* DateText(time_t moment) {
+  const orx::LocalTimeScope zone;
   struct tm date = {};
   char text[15];
   if (localtime_r(&moment, &date) == nullptr) return nullptr;
@@ -30,15 +32,14 @@ char* DateText(time_t moment) {
   return orx::Noted(strdup(text), __func__);
 }
 
-bool ReadFileStatus(const char* path, mp4_metadata_t* meta) {
+// Also takes what is known of a file that cannot be opened.
+File Open(const char* path, mp4_metadata_t* meta) {
   struct stat64 status = {};
-  if (stat64(path, &status) != 0) {
-    orx::NoteSystemError("stat", path, errno);
-    return false;
-  }
+  File file(orx::OpenHandle(path, &status));
+  if (status.st_mode == 0) return nullptr;
   meta->FileSize = status.st_size;
   meta->Date = DateText(status.st_mtime);
-  return true;
+  return file;
 }
 
 // The file begins with the sync word of an ADTS header.  The position is at the start again.
@@ -60,8 +61,7 @@ void ConfirmVideo(mp4_metadata_t* meta) {
 int m4a_get_metadata(const char* path, mp4_metadata_t* meta) {
   if (meta == nullptr) return 0;
   *meta = {};
-  if (path == nullptr || !ReadFileStatus(path, meta)) return 0;
-  const File file(upnp_file_open_read(path));
+  const File file = Open(path, meta);
   if (file == nullptr) return 0;
   const bool adts = BeginsWithAdts(file.get());
   const auto walk = adts ? aac_adts_get_metadata : m4a_atom_get_metadata;

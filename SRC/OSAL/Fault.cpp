@@ -1,6 +1,10 @@
 #include "OSAL/Fault.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 
 #include "OSAL/ORXLog.h"
 
@@ -8,34 +12,55 @@ namespace orx {
 namespace {
 
 thread_local Faults faults = {};
+thread_local unsigned reported = 0;  // of the silent ones
+thread_local const char* lastSilent = "";
 
 }  // namespace
 
 void NoteOutOfMemory(const char* where) noexcept {
   ++faults.all;
   ++faults.outOfMemory;
+  reported = faults.silent;  // what this operation met on its way is told with it
   ORX_LOG_ERROR("Error : out of memory in %s", where);
 }
 
-bool IsMachineFailure(int error) noexcept {
+void CountOutOfMemory(const char* where) noexcept {
+  ++faults.all;
+  ++faults.outOfMemory;
+  ++faults.silent;
+  lastSilent = where;
+}
+
+void NoteSystemError(const char* call, const char* path, int error) noexcept {
+  ++faults.all;
+  ORX_LOG_ERROR("Error : %s [%s] failed, errno %d", call, path != nullptr ? path : "", error);
+}
+
+void NoteDescriptorError(const char* call, int descriptor, int error) noexcept {
+  char link[40], path[4096] = "";
+  snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
+  const ssize_t length = readlink(link, path, sizeof path - 1);
+  path[std::max<ssize_t>(length, 0)] = '\0';
+  NoteSystemError(call, path, error);
+}
+
+void NoteOpenError(const char* call, const char* path, int error) noexcept {
+  if (!IsOrdinaryOpenAnswer(error)) NoteSystemError(call, path, error);
+}
+
+bool IsOrdinaryOpenAnswer(int error) noexcept {
   switch (error) {
-    case ENOMEM:
-    case EMFILE:
-    case ENFILE:
-    case ENOBUFS:
-    case EIO:
-    case EAGAIN:
-    case EINTR:
+    case ENOENT:
+    case ENOTDIR:
+    case EACCES:
+    case EPERM:
+    case ELOOP:
+    case ENAMETOOLONG:
+    case EISDIR:
       return true;
     default:
       return false;
   }
-}
-
-void NoteSystemError(const char* call, const char* path, int error) noexcept {
-  if (!IsMachineFailure(error)) return;
-  ++faults.all;
-  ORX_LOG_ERROR("Error : %s [%s] failed, errno %d", call, path != nullptr ? path : "", error);
 }
 
 void NoteLeftOut(const char* path, const char* reason) noexcept {
@@ -44,5 +69,11 @@ void NoteLeftOut(const char* path, const char* reason) noexcept {
 }
 
 Faults FaultsSoFar() noexcept { return faults; }
+
+void FaultWatch::Report() const noexcept {
+  if (faults.silent == before_.silent || faults.silent == reported) return;
+  reported = faults.silent;
+  ORX_LOG_ERROR("Error : out of memory in %s (%s)", operation_, lastSilent);
+}
 
 }  // namespace orx

@@ -1,6 +1,5 @@
 #include "OSAL/ORXFSHandler.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +10,8 @@
 #include <ctime>
 
 #include "OSAL/Fault.h"
+#include "OSAL/FileOpening.h"
+#include "OSAL/LocalTimeScope.h"
 #include "OSAL/ORXLog.h"
 
 namespace {
@@ -22,6 +23,7 @@ void CopyBounded(char* to, size_t size, const char* text) {
 }
 
 void SetTime(time_t when, ORXFSHandler::PTFile* entry) {
+  const orx::LocalTimeScope zone;
   struct tm local = {};
   if (localtime_r(&when, &local) == nullptr) return;
   entry->year = local.tm_year + 1900;
@@ -30,21 +32,6 @@ void SetTime(time_t when, ORXFSHandler::PTFile* entry) {
   entry->hour = local.tm_hour;
   entry->minute = local.tm_min;
   entry->second = local.tm_sec;
-}
-
-// Opens `path` for reading and reads its status.  Never blocks, and refuses what is no file of
-// bytes: FIFOs, sockets, devices.
-bool OpensForReading(const char* path, struct stat64* status) {
-  if (path == nullptr) return false;
-  const int descriptor = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) {
-    orx::NoteSystemError("open", path, errno);
-    return false;
-  }
-  const bool known = fstat64(descriptor, status) == 0;
-  if (!known) orx::NoteSystemError("fstat", path, errno);
-  close(descriptor);
-  return known && (S_ISREG(status->st_mode) || S_ISDIR(status->st_mode));
 }
 
 // Sizes are kept in 32 bits: a larger file is never one that was recorded.
@@ -65,7 +52,7 @@ int ORXFSHandler::OpenDir(const char* path) {
   if (path == nullptr) return 0;
   DIR* opened = opendir(path);
   if (opened == nullptr) {
-    orx::NoteSystemError("opendir", path, errno);
+    orx::NoteOpenError("opendir", path, errno);
     return 0;
   }
   if (directory_ != nullptr) closedir(directory_);
@@ -89,7 +76,7 @@ int ORXFSHandler::Read(PTFile* entry) {
     found = readdir64(directory_);
   } while (found != nullptr && found->d_name[0] == '.');
   if (found == nullptr) {
-    orx::NoteSystemError("readdir", path_, errno);
+    if (errno != 0) orx::NoteSystemError("readdir", path_, errno);
     return 0;
   }
   CopyBounded(entry->name, sizeof entry->name, found->d_name);
@@ -104,7 +91,7 @@ int ORXFSHandler::Read(PTFile* entry) {
     snprintf(full, sizeof full, "%s/%s", path_, entry->name);
     if (cut) error = stat64(full, &status) == 0 ? 0 : errno;
     if (error != 0) {
-      orx::NoteSystemError("stat", full, error);
+      orx::NoteOpenError("stat", full, error);
       return 1;
     }
   }
@@ -129,21 +116,18 @@ bool ORXFSHandler::IsDirectory(const char* path) {
   return path != nullptr && stat64(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool ORXFSHandler::IsValidFile(const char* path) {
-  struct stat64 status = {};
-  return OpensForReading(path, &status);
-}
+bool ORXFSHandler::IsValidFile(const char* path) { return orx::OpenedFile(path).ok(); }
 
 bool ORXFSHandler::IsValidFile(const char* path, unsigned int size) {
-  struct stat64 status = {};
-  return OpensForReading(path, &status) && HasSize(status, size);
+  const orx::OpenedFile file(path);
+  return file.ok() && HasSize(file.status(), size);
 }
 
 bool ORXFSHandler::IsValidFile(const char* path, unsigned long size) {
-  struct stat64 status = {};
-  if (!OpensForReading(path, &status)) return false;
-  if (static_cast<uint64_t>(status.st_size) != size)
+  const orx::OpenedFile file(path);
+  if (!file.ok()) return false;
+  if (static_cast<uint64_t>(file.status().st_size) != size)
     ORX_LOG_INFO("[ORXFSHandler::IsValidFile] file[%s] size different! db[%lu] stat[%lld]", path,
-                 size, static_cast<long long>(status.st_size));
-  return HasSize(status, size);
+                 size, static_cast<long long>(file.status().st_size));
+  return HasSize(file.status(), size);
 }

@@ -10,6 +10,8 @@
 #include <cstring>
 
 #include "OSAL/Fault.h"
+#include "OSAL/FileOpening.h"
+#include "UpnpUtil/FileHandle.h"
 
 namespace {
 
@@ -18,6 +20,7 @@ constexpr int kPageSize = 4 * 1024;
 
 // Without the flag, opening a FIFO waits for its other end; on regular files it does nothing.
 constexpr int kNeverBlock = O_NONBLOCK | O_CLOEXEC | O_LARGEFILE;
+constexpr mode_t kOwnerAlone = 0600;
 
 void FillStatus(const struct stat64& from, st_UPNP_FILE_STAT* to) {
   to->change_time = static_cast<int>(from.st_ctime);
@@ -27,7 +30,7 @@ void FillStatus(const struct stat64& from, st_UPNP_FILE_STAT* to) {
   to->mode = from.st_mode;
 }
 
-// The handle's read buffer, null when it reads straight from the descriptor.
+// The handle's read buffer, null when it has none, or another's node stands in front of it.
 st_UPNP_FILE_BUFFER* ReadBuffer(const st_UPNP_FILE* file) {
   st_UPNP_FILE_BUFFER* head = file->buffers;
   return head != nullptr && head->capacity > 0 ? head : nullptr;
@@ -44,8 +47,29 @@ void AddReadBuffer(st_UPNP_FILE* file) {
   }
   node->data = data;
   node->capacity = kReadBufferSize;
-  node->next = file->buffers;
   file->buffers = node;
+}
+
+// Whether a buffer may be added: nothing but this handle's own reads and seeks concerns it.
+bool IsUnreadFile(const st_UPNP_FILE* file) {
+  if (file->buffers != nullptr || file->size <= 0) return false;
+  const int flags = fcntl(file->descriptor, F_GETFL);
+  return flags >= 0 && (flags & O_ACCMODE) == O_RDONLY;
+}
+
+// A refused request (a directory has no bytes, a handle for writing none to give) says nothing
+// about the machine.
+void NoteReadError(const st_UPNP_FILE* file, int error) {
+  const bool refused = error == EISDIR || (error == EBADF && ReadBuffer(file) == nullptr);
+  if (!refused) orx::NoteDescriptorError("read", file->descriptor, error);
+}
+
+// The same of a place where no file has bytes, and of what has no places.
+long long Seek(const st_UPNP_FILE* file, long long offset, int whence) {
+  const long long result = lseek64(file->descriptor, offset, whence);
+  if (result == -1 && errno != EINVAL && errno != ESPIPE && errno != EOVERFLOW)
+    orx::NoteDescriptorError("lseek", file->descriptor, errno);
+  return result;
 }
 
 // Takes over a fresh descriptor; null when there is none to work with.  0, which only a process
@@ -61,13 +85,13 @@ st_UPNP_FILE* MakeHandle(int descriptor) {
   return file;
 }
 
-// Reads the file's type and size.  The type is 0 when they cannot be read.
-mode_t FillSize(st_UPNP_FILE* file) {
-  struct stat64 status = {};
-  const bool known = fstat64(file->descriptor, &status) == 0;
-  if (!known) orx::NoteSystemError("fstat", nullptr, errno);
-  file->size = known ? static_cast<long long>(status.st_size) : -1;
-  return known ? status.st_mode : 0;
+// Opens for writing without waiting for the other end of a FIFO; what is written then waits for
+// its reader as usual.
+int OpenToWrite(const char* path, int flags) {
+  if (path == nullptr) return -1;
+  const int descriptor = open64(path, flags | kNeverBlock, kOwnerAlone);
+  if (descriptor >= 0) orx::LetBlock(descriptor);
+  return descriptor;
 }
 
 // Copies what the buffer holds of [position, position + length).
@@ -107,7 +131,7 @@ int ReadBuffered(const st_UPNP_FILE* file, st_UPNP_FILE_BUFFER* buffer, char* to
                                          static_cast<off64_t>(position)))
               : FillBuffer(file->descriptor, position, buffer);
     if (count < 0) {
-      orx::NoteSystemError("read", nullptr, errno);
+      NoteReadError(file, errno);
       return done > 0 ? done : -1;
     }
     if (count == 0) break;
@@ -123,48 +147,57 @@ long long SeekBuffered(const st_UPNP_FILE* file, long long offset, int whence) {
   if (whence == SEEK_CUR)
     base = file->position;
   else if (whence != SEEK_SET)
-    return lseek64(file->descriptor, offset, whence);
+    return Seek(file, offset, whence);
   long long target = 0;
   if (__builtin_add_overflow(base, offset, &target)) return -1;
   const bool inside = target >= 0 && target <= file->size;
-  return inside ? target : lseek64(file->descriptor, target, SEEK_SET);
+  return inside ? target : Seek(file, target, SEEK_SET);
+}
+
+int ReadUnbuffered(const st_UPNP_FILE* file, void* to, int length) {
+  const auto count = static_cast<int>(read(file->descriptor, to, static_cast<size_t>(length)));
+  if (count < 0) NoteReadError(file, errno);
+  return count;
 }
 
 }  // namespace
 
+st_UPNP_FILE* orx::OpenHandle(const char* path, struct stat64* status) {
+  OpenedFile opened(path);
+  *status = opened.status();
+  st_UPNP_FILE* file = MakeHandle(opened.Release());
+  if (file == nullptr) return nullptr;
+  file->size = status->st_size;
+  if (S_ISREG(status->st_mode)) AddReadBuffer(file);
+  return file;
+}
+
 int open_read(const char* path) {
-  if (path == nullptr) return -1;
-  const int descriptor = open64(path, O_RDONLY | kNeverBlock);
-  if (descriptor < 0) orx::NoteSystemError("open", path, errno);
+  const int descriptor = orx::OpenedFile(path).Release();
+  if (descriptor >= 0) orx::LetBlock(descriptor);
   return descriptor;
 }
 
-int open_write(const char* path) {
-  return path == nullptr ? -1 : open64(path, O_WRONLY | O_CREAT | kNeverBlock, 0600);
-}
+int open_write(const char* path) { return OpenToWrite(path, O_WRONLY | O_CREAT); }
 
-int open_append(const char* path) {
-  return path == nullptr ? -1 : open64(path, O_RDWR | O_APPEND | kNeverBlock, 0600);
-}
+int open_append(const char* path) { return OpenToWrite(path, O_RDWR | O_APPEND); }
 
 int close_file(int descriptor) { return close(descriptor); }
 
 st_UPNP_FILE* upnp_file_open_read(const char* path) {
-  st_UPNP_FILE* file = MakeHandle(open_read(path));
-  if (file == nullptr) return nullptr;
-  const mode_t type = FillSize(file);
-  if (S_ISREG(type)) {
-    AddReadBuffer(file);
-  } else if (!S_ISDIR(type)) {  // a FIFO, a socket, a device
-    upnp_file_close(file);
-    return nullptr;
-  }
+  orx::OpenedFile opened(path);
+  const long long size = opened.status().st_size;
+  st_UPNP_FILE* file = MakeHandle(opened.Release());
+  if (file != nullptr) file->size = size;
   return file;
 }
 
 st_UPNP_FILE* upnp_file_open_append(const char* path) {
   st_UPNP_FILE* file = MakeHandle(open_append(path));
-  if (file != nullptr) FillSize(file);
+  if (file == nullptr) return nullptr;
+  struct stat64 status = {};
+  file->size = fstat64(file->descriptor, &status) == 0 ? status.st_size : -1;
+  if (file->size < 0) orx::NoteSystemError("fstat", path, errno);
   return file;
 }
 
@@ -184,11 +217,10 @@ void upnp_file_close(st_UPNP_FILE* file) {
 
 int upnp_file_read(st_UPNP_FILE* file, void* buffer, int length) {
   if (file == nullptr || buffer == nullptr || length < 0) return -1;
+  if (IsUnreadFile(file)) AddReadBuffer(file);
   st_UPNP_FILE_BUFFER* cache = ReadBuffer(file);
-  const int count =
-      cache != nullptr
-          ? ReadBuffered(file, cache, static_cast<char*>(buffer), length)
-          : static_cast<int>(read(file->descriptor, buffer, static_cast<size_t>(length)));
+  const int count = cache != nullptr ? ReadBuffered(file, cache, static_cast<char*>(buffer), length)
+                                     : ReadUnbuffered(file, buffer, length);
   if (count > 0) file->position += count;
   return count;
 }
@@ -200,8 +232,8 @@ int upnp_file_write(st_UPNP_FILE* file, const void* buffer, int length) {
 
 long long upnp_file_seek(st_UPNP_FILE* file, long long offset, int whence) {
   if (file == nullptr) return -1;
-  const long long result = ReadBuffer(file) != nullptr ? SeekBuffered(file, offset, whence)
-                                                       : lseek64(file->descriptor, offset, whence);
+  const long long result =
+      ReadBuffer(file) != nullptr ? SeekBuffered(file, offset, whence) : Seek(file, offset, whence);
   if (result != -1) file->position = result;
   return result;
 }
@@ -229,7 +261,7 @@ int upnp_file_stat(const char* path, st_UPNP_FILE_STAT* status) {
   if (path == nullptr || status == nullptr) return -1;
   struct stat64 found = {};
   if (stat64(path, &found) != 0) {
-    orx::NoteSystemError("stat", path, errno);
+    orx::NoteOpenError("stat", path, errno);
     return -1;
   }
   FillStatus(found, status);

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "OSAL/FileOpening.h"
+
 namespace {
 
 constexpr int kBytesPerLine = 16;
@@ -35,11 +37,12 @@ FILE* stream = nullptr;
 FILE* Output() { return stream != nullptr ? stream : stdout; }
 
 // Opens `path` for writing as fopen does, but never waits for the reader of a FIFO: one that has
-// none does not open.
+// none does not open.  Lines then wait for a slow reader, so that none is lost.
 FILE* OpenLog(const char* path, int flags, const char* form) {
   constexpr mode_t kEveryone = 0666;
   const int descriptor = open64(path, flags | O_CREAT | O_NONBLOCK, kEveryone);
   if (descriptor < 0) return nullptr;
+  orx::LetBlock(descriptor);
   FILE* opened = fdopen(descriptor, form);
   if (opened == nullptr) close(descriptor);
   return opened;

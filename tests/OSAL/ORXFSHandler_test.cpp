@@ -12,6 +12,7 @@
 #include <string>
 
 #include "support/FakePlatform.h"
+#include "support/OpenWatch.h"
 #include "support/TempDir.h"
 #include "support/TimeZone.h"
 
@@ -118,6 +119,16 @@ TEST_F(FSHandler, GivesTheModificationTimeInLocalTime) {
   EXPECT_EQ(entry.hour, 20);
   EXPECT_EQ(entry.minute, 59);
   EXPECT_EQ(entry.second, 59);
+}
+
+TEST_F(FSHandler, FollowsTheZoneThatTheHostSetMeanwhile) {
+  const orx_test::TimeZone before("UTC0");
+  const std::string path = directory_.Write("a", "");
+  const timespec noon[] = {{43200, 0}, {43200, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), noon, 0), 0);
+  EXPECT_EQ(OnlyEntry(directory_.path()).hour, 12);
+  setenv("TZ", "KST-9", 1);
+  EXPECT_EQ(OnlyEntry(directory_.path()).hour, 21);
 }
 
 TEST_F(FSHandler, FillsInOnlyTheNameOfALinkToNothing) {
@@ -271,6 +282,16 @@ TEST_F(FSHandler, NeverTakesAFifoADeviceOrASocketForAFile) {
   }
   close(listener);
   EXPECT_TRUE(FakePlatform::Get().log.empty());
+}
+
+TEST_F(FSHandler, RefusesAFifoWithoutOpeningIt) {
+  const std::string path = directory_.Path("fifo");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const orx_test::OpenWatch watch(path);
+  EXPECT_FALSE(handler_.IsValidFile(path.c_str()));
+  EXPECT_FALSE(handler_.IsValidFile(path.c_str(), 0u));
+  EXPECT_FALSE(handler_.IsValidFile(path.c_str(), 0ul));
+  EXPECT_FALSE(watch.Opened());
 }
 
 TEST_F(FSHandler, KnowsAFileOfTheGivenSize) {

@@ -16,8 +16,10 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "support/OpenWatch.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -77,6 +79,35 @@ TEST_F(UpnpFile, OpensForReadingWithSizeAndPosition) {
   EXPECT_EQ(file->position, 0);
   EXPECT_EQ(file->reserved, 0u);
   EXPECT_EQ(file->reserved2, 0u);
+}
+
+TEST_F(UpnpFile, HasNoBufferBeforeTheFirstRead) {
+  const File file = OpenRead(directory_.Write("a", "12345"));
+  EXPECT_EQ(upnp_file_seek(file.get(), 3, SEEK_SET), 3);
+  EXPECT_EQ(upnp_file_eof(file.get()), 0);
+  EXPECT_EQ(file->buffers, nullptr);
+  EXPECT_EQ(Read(file, 9), "45");
+  EXPECT_NE(file->buffers, nullptr);
+}
+
+TEST_F(UpnpFile, HandsOutDescriptorsThatWait) {
+  const std::string path = directory_.Path("a");
+  for (const auto open : {open_write, open_append, open_read}) {
+    const int descriptor = open(path.c_str());
+    ASSERT_GT(descriptor, 0);
+    EXPECT_EQ(fcntl(descriptor, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(fcntl(descriptor, F_GETFD), FD_CLOEXEC);
+    close_file(descriptor);
+  }
+}
+
+TEST_F(UpnpFile, RefusesAFifoWithoutOpeningIt) {
+  const std::string path = directory_.Path("fifo");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const orx_test::OpenWatch watch(path);
+  EXPECT_EQ(OpenRead(path), nullptr);
+  EXPECT_EQ(open_read(path.c_str()), -1);
+  EXPECT_FALSE(watch.Opened());
 }
 
 TEST_F(UpnpFile, IsNotOpenedWithoutAPath) {
@@ -152,7 +183,38 @@ TEST_F(UpnpFile, NeverWaitsForTheOtherEndOfAFifo) {
   EXPECT_EQ(OpenWrite(path), nullptr);  // nobody reads
   const File file = OpenAppend(path);
   ASSERT_NE(file, nullptr);
-  EXPECT_EQ(Read(file, 1), "(failed)");  // nothing there
+  EXPECT_EQ(upnp_file_write(file.get(), "x", 1), 1);
+  EXPECT_EQ(Read(file, 1), "x");
+}
+
+// Reads all that comes out of the FIFO until its writers close it, a little at a time.
+size_t DrainSlowly(int descriptor) {
+  size_t total = 0;
+  char block[4096];
+  for (ssize_t count = 0; (count = read(descriptor, block, sizeof block)) > 0;) {
+    total += static_cast<size_t>(count);
+    usleep(100);
+  }
+  return total;
+}
+
+TEST_F(UpnpFile, LosesNothingThatIsWrittenForASlowReader) {
+  const std::string path = directory_.Path("fifo");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_EQ(fcntl(reader, F_SETFL, 0), 0);
+  for (const auto open : {OpenWrite, OpenAppend}) {
+    File file = open(path);
+    ASSERT_NE(file, nullptr);
+    size_t arrived = 0;
+    std::thread draining([&] { arrived = DrainSlowly(reader); });
+    const std::string bytes(300021, 'x');
+    EXPECT_EQ(upnp_file_write(file.get(), bytes.data(), static_cast<int>(bytes.size())), 300021);
+    file.reset();
+    draining.join();
+    EXPECT_EQ(arrived, bytes.size());
+  }
+  close(reader);
 }
 
 TEST_F(UpnpFile, RefusesToReadADeviceOrASocket) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "support/TempDir.h"
 
@@ -75,6 +76,26 @@ TEST_F(FileLog, NeverWaitsForTheReaderOfAFifo) {
   EXPECT_EQ(read(reader, text, sizeof text), 11);
   EXPECT_STREQ(text, "SYSTEM:text");
   close(reader);
+}
+
+TEST_F(FileLog, LosesNoLineForASlowReader) {
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  Open(1);  // holds both ends, so the reader has to be told where the log ends
+  const int reader = open(path_.c_str(), O_RDONLY);
+  const std::string line(99, 'x');
+  std::string arrived;
+  std::thread reading([&] {
+    char block[1000];
+    while (arrived.find("end") == std::string::npos) {
+      usleep(50);
+      arrived.append(block, static_cast<size_t>(read(reader, block, sizeof block)));
+    }
+  });
+  for (int i = 0; i < 3000; ++i) upnp_log_message(0, 0, "%s\n", line.c_str());
+  upnp_log_message(0, 0, "end");
+  reading.join();
+  close(reader);
+  EXPECT_EQ(arrived.size(), sizeof kInitLine - 1 + 3000 * 100 + 3);
 }
 
 TEST_F(FileLog, KnowsItsFileName) {
