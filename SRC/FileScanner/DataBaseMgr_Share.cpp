@@ -38,6 +38,16 @@ BackupClassElement* NewBackupElement(const char* path) {
   return element;
 }
 
+// Releases the list and answers that there is none.
+int GiveUpList(BackupClassElement** head) {
+  while (*head != nullptr) {
+    BackupClassElement* next = (*head)->pNext;
+    free(*head);
+    *head = next;
+  }
+  return 0;
+}
+
 // What offers one file to clients, by its extension; `statement` stays as it is for any other.
 void SelectShareStatement(const char* path, const char* extension, SqlStatement* statement) {
   if (strcmp(extension, ".JPG") == 0 || strcmp(extension, ".MPO") == 0) {
@@ -55,6 +65,7 @@ void SelectShareStatement(const char* path, const char* extension, SqlStatement*
 
 int DataBaseMgr::GetClassElementListForBackup(int* count, BackupClassElement** head) {
   if (count == nullptr || head == nullptr) return 0;
+  const orx::FaultWatch watch;
   ExecSqlStatment(
       "select FullPath from  ObjectTable where class != 0 and IsBackup  != 1  "
       "order by FullPath DESC");
@@ -67,7 +78,7 @@ int DataBaseMgr::GetClassElementListForBackup(int* count, BackupClassElement** h
   BackupClassElement** link = head;
   for (int row = 0; row < nRows; ++row) {
     *link = NewBackupElement(vdata[static_cast<size_t>(row)].c_str());
-    if (*link == nullptr) return 0;
+    if (*link == nullptr) return GiveUpList(head);
     link = &(*link)->pNext;
   }
   *count = nRows;

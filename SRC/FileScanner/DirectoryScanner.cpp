@@ -69,10 +69,12 @@ void DirectoryScanner::_CleanUpRelations() {
   pFMParserFramework = nullptr;
 }
 
+// Without memory there is no list, so that nothing is served that the new one may not have; whoever
+// holds on to an earlier one can still read it.
 void DirectoryScanner::SetDlnaProfiles(const char* list) {
   if (list == nullptr) return;
-  profileLists_.Set(list);
-  pSupportedProfiles = profileLists_.Get();
+  const orx::FaultWatch watch;
+  pSupportedProfiles = profileLists_.Set(list) ? profileLists_.Get() : nullptr;
 }
 
 void DirectoryScanner::CancelScanDirectory() {

@@ -161,6 +161,8 @@ void FreeMediaFileDisplayInfo(MediaFileDisplayInfo* info) {
 }
 
 MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath) try {
+  const orx::FaultWatch watch;
+  const orx::LocalTimeScope zone;
   if (fullPath == nullptr) {
     ORX_LOG_INFO("pMedia File Path Not Found [%s]", "");
     return nullptr;
@@ -205,6 +207,8 @@ MediaFileDisplayInfo* DirectoryScanner::ParseAndGetFileInfo(const char* fullPath
 }
 
 MediaFileInfos* DirectoryScanner::ParseAndGetMediaFileInfo(const char* fullPath) try {
+  const orx::FaultWatch watch;
+  const orx::LocalTimeScope zone;
   const orx::TextPtr name(_GetFileNameFromFullPathMA(fullPath));
   const char* dot = name != nullptr ? strrchr(name.get(), '.') : nullptr;
   if (dot == nullptr) {
@@ -289,6 +293,7 @@ ImageMetaData* DirectoryScanner::__ExtractImageMetadata() {
 }
 
 ImageMetaData* DirectoryScanner::__ExtractImageMetadata(const char* path) try {
+  const orx::FaultWatch watch;
   if (path == nullptr) return nullptr;
   auto record = std::make_unique<ImageMetaData>();
   ORX_LOG_INFO("[DirectoryScanner::__ExtractImageMetadata] Parsing [%s]\n", path);
@@ -316,6 +321,7 @@ ImageMetaData* DirectoryScanner::__ExtractImageMetadata(const char* path) try {
 }
 
 VideoMetaData* DirectoryScanner::__ExtractVideoMetadata(const char* path) try {
+  const orx::FaultWatch watch;
   if (path == nullptr) return nullptr;
   sVideoAttribute attributes = {};
   if (QUILWifi_getVideoAttribute(const_cast<char*>(path), &attributes) == 0) {

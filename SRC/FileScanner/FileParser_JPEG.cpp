@@ -97,6 +97,7 @@ MediaMetaData* FileParser_JPEG::ParseFIle2(const FileInfomation* file) {
 }
 
 ImageMetaData* FileParser_JPEG::__ExtractMetadata(const char* path) try {
+  const orx::FaultWatch watch;
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_JPEG::__ExtractMetadata] Parsing [%s]", utf8.get());
@@ -142,6 +143,7 @@ ImageMetaData* FileParser_JPEG::__ExtractMetadata(const char* path) try {
 
 ImageMetaData* FileParser_JPEG::__ExtractMetadata2(const char* path, int /*dcfIndex*/,
                                                    int sortIndex, int /*fileType*/) try {
+  const orx::FaultWatch watch;
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_JPEG::__ExtractMetadata] Parsing [%s]\n", utf8.get());

@@ -184,6 +184,7 @@ MediaMetaData* FileParser_MP4::ParseFIle2(const FileInfomation* file) {
 }
 
 MediaMetaData* FileParser_MP4::__ExtractMetadata(const char* path, const char* ext) try {
+  const orx::FaultWatch watch;
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_MP4::__ExtractMetadata] Parsing [%s]", utf8.get());
@@ -205,6 +206,7 @@ MediaMetaData* FileParser_MP4::__ExtractMetadata(const char* path, const char* e
 MediaMetaData* FileParser_MP4::__ExtractMetadata2(const char* path, const char* ext,
                                                   int /*dcfIndex*/, int sortIndex,
                                                   int /*fileType*/) try {
+  const orx::FaultWatch watch;
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(path));
   if (utf8 == nullptr) return nullptr;
   ORX_LOG_INFO("[FileParser_MP4::__ExtractMetadata] Parsing [%s]", utf8.get());

@@ -22,22 +22,24 @@ void OwnedText::Clear() {
 
 char* OwnedText::Get() const { return newest_ != nullptr ? newest_->Text() : nullptr; }
 
-void OwnedText::Set(const char* text) {
-  if (text == nullptr) return;
+bool OwnedText::Set(const char* text) {
+  if (text == nullptr) return true;
   const size_t size = strlen(text) + 1;
   auto* node = static_cast<Node*>(ORXMemory::Malloc(sizeof(Node) + size));
-  if (node == nullptr) return;
+  if (node == nullptr) return false;
   memcpy(node->Text(), text, size);
   node->earlier = newest_;
   newest_ = node;
+  return true;
 }
 
-void OwnedText::Replace(const char* text) {
+bool OwnedText::Replace(const char* text) {
   Node* superseded = newest_;
-  Set(text);
-  if (superseded == nullptr || newest_ == superseded) return;
+  if (!Set(text)) return false;
+  if (superseded == nullptr || newest_ == superseded) return true;
   newest_->earlier = superseded->earlier;
   ORXMemory::Free(superseded);
+  return true;
 }
 
 }  // namespace orx

@@ -15,9 +15,10 @@ class ORX_API OwnedText {
   OwnedText& operator=(const OwnedText&) = delete;
 
   char* Get() const;
-  void Set(const char* text);      // null is ignored
-  void Replace(const char* text);  // null is ignored
-  void Clear();                    // gives up all values
+  // Null is ignored.  False when the text could not be copied: the earlier value stays.
+  bool Set(const char* text);
+  bool Replace(const char* text);
+  void Clear();  // gives up all values
 
  private:
   struct Node;

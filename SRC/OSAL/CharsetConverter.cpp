@@ -15,7 +15,7 @@ bool IsAscii(const char* text, size_t length) {
 char* ConvertWhole(const char* to, const char* from, const char* text, size_t length, size_t room) {
   const CharsetConverter converter(to, from);
   if (!converter.ok()) return nullptr;
-  auto* result = static_cast<char*>(Noted(calloc(room + 1, 1), __func__));
+  auto* result = static_cast<char*>(Counted(calloc(room + 1, 1), __func__));
   if (result == nullptr) return nullptr;
   char* out = result;
   size_t outLeft = room;

@@ -52,7 +52,7 @@ int ORXCString::Print(char* to, const char* format, ...) {
 char* ORXCString::DupCopy(const char* text) {
   if (text == nullptr) return nullptr;
   const size_t size = strlen(text) + 1;
-  char* copy = static_cast<char*>(orx::Noted(malloc(size), __func__));
+  char* copy = static_cast<char*>(orx::Counted(malloc(size), __func__));
   if (copy != nullptr) memcpy(copy, text, size);
   return copy;
 }

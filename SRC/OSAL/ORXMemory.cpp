@@ -14,7 +14,7 @@ void* ORXMemory::Copy(void* to, const void* from, size_t size) { return memcpy(t
 void* ORXMemory::Move(void* to, const void* from, size_t size) { return memmove(to, from, size); }
 
 void* ORXMemory::Malloc(size_t size) {
-  return size == 0 ? nullptr : orx::Noted(malloc(size), __func__);
+  return size == 0 ? nullptr : orx::Counted(malloc(size), __func__);
 }
 
 void ORXMemory::Free(void* block) { free(block); }

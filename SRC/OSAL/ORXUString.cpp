@@ -107,7 +107,7 @@ unsigned short* ORXUString::CharRevW(const unsigned short* text, unsigned short 
 
 unsigned short* ORXUString::DupCopyW(const unsigned short* text) {
   const size_t size = (Length(text) + 1) * sizeof *text;
-  auto* copy = static_cast<unsigned short*>(orx::Noted(malloc(size), __func__));
+  auto* copy = static_cast<unsigned short*>(orx::Counted(malloc(size), __func__));
   if (copy != nullptr) memcpy(copy, text, size);
   return copy;
 }

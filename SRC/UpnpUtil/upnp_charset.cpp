@@ -50,7 +50,7 @@ char* PutTwoBytes(char* out, unsigned value) {
 }
 
 // A new zeroed buffer for `size` bytes and a terminator.
-char* NewText(size_t size) { return static_cast<char*>(orx::Noted(calloc(size + 1, 1), __func__)); }
+char* NewText(size_t size) { return static_cast<char*>(orx::Counted(calloc(size + 1, 1), __func__)); }
 
 const Byte* Bytes(const char* text) { return reinterpret_cast<const Byte*>(text); }
 
@@ -144,7 +144,7 @@ int upnp_wcslen(const char* text) { return text == nullptr ? 0 : static_cast<int
 
 char* UnicodeToMultiByte(const unsigned short* utf16, int count) {
   if (utf16 == nullptr || count <= 0) return nullptr;
-  auto* result = static_cast<char*>(orx::Noted(calloc(static_cast<size_t>(count), 5), __func__));
+  auto* result = static_cast<char*>(orx::Counted(calloc(static_cast<size_t>(count), 5), __func__));
   if (result == nullptr) return nullptr;
   char* out = result;  // at most two bytes a unit, so there is always room for the terminator
   for (int i = 0; i < count && utf16[i] != 0; ++i) {
@@ -164,7 +164,7 @@ char* UnicodeToMultiByte(const unsigned short* utf16, int count) {
 char* convert_MB_to_UTF8(const char* euckr, int count) {
   if (euckr == nullptr || count < 0) return nullptr;
   const size_t length = strnlen(euckr, static_cast<size_t>(count));
-  if (orx::IsAscii(euckr, length)) return orx::Noted(strndup(euckr, length), __func__);
+  if (orx::IsAscii(euckr, length)) return orx::Counted(strndup(euckr, length), __func__);
   return orx::ConvertWhole("UTF-8", "EUC-KR", euckr, length, 5 * length);
 }
 
@@ -179,9 +179,9 @@ char* upnp_convert_utf16_to_utf8(const void* /*ignored*/, const unsigned short* 
 char* upnp_util_convert_shift_jis_to_utf8(const char* text) {
   if (text == nullptr || *text == '\0') return nullptr;
   size_t inLeft = strlen(text);
-  if (orx::IsAscii(text, inLeft)) return orx::Noted(strdup(text), __func__);
+  if (orx::IsAscii(text, inLeft)) return orx::Counted(strdup(text), __func__);
   const orx::CharsetConverter converter("UTF8", "CP932");
-  if (!converter.ok()) return orx::Noted(strdup(text), __func__);
+  if (!converter.ok()) return orx::Counted(strdup(text), __func__);
   size_t outLeft = 2 * inLeft;
   char* result = NewText(outLeft);
   if (result == nullptr) return nullptr;

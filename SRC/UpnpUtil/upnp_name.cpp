@@ -23,13 +23,13 @@ char* upnp_build_title_from_filename(const char* path) {
   if (slash != std::string_view::npos) title.remove_prefix(slash + 1);
   title = title.substr(0, title.rfind('.'));
   if (title.empty()) title = kNoTitle;
-  return orx::Noted(strndup(title.data(), title.size()), __func__);
+  return orx::Counted(strndup(title.data(), title.size()), __func__);
 }
 
 char* make_cache_path(const char* dir, const char* name) {
   if (dir == nullptr || name == nullptr || *dir == '\0' || *name == '\0') return nullptr;
   const size_t dirLength = strlen(dir), nameLength = strlen(name);
-  auto* path = static_cast<char*>(orx::Noted(calloc(dirLength + nameLength + 2, 1), __func__));
+  auto* path = static_cast<char*>(orx::Counted(calloc(dirLength + nameLength + 2, 1), __func__));
   if (path == nullptr) return nullptr;
   memcpy(path, dir, dirLength);
   char* out = path + dirLength;
@@ -46,5 +46,5 @@ char* upnp_util_create_tempfilename() {
   if (upnp_file_mkdir(text) < 0) return nullptr;
   snprintf(text, sizeof text, "%s/temp/tempfile%d", kTempBase, counter);
   counter = static_cast<int>(static_cast<unsigned>(counter) + 1);
-  return orx::Noted(strdup(text), __func__);
+  return orx::Counted(strdup(text), __func__);
 }

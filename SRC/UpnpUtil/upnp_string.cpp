@@ -17,7 +17,7 @@ constexpr int kFirstCapacity = 256;  // bytes
 // cannot be had.
 bool Grow(st_upnp_string* s, long long capacity) {
   if (capacity > std::numeric_limits<int>::max()) return false;
-  char* buffer = static_cast<char*>(orx::Noted(calloc(static_cast<size_t>(capacity), 1), __func__));
+  char* buffer = static_cast<char*>(orx::Counted(calloc(static_cast<size_t>(capacity), 1), __func__));
   if (buffer == nullptr) return false;
   memcpy(buffer, s->buffer, static_cast<size_t>(s->length));
   free(s->buffer);
@@ -45,12 +45,12 @@ void AppendGrowing(st_upnp_string* s, const char* bytes, size_t count) {
 
 st_upnp_string* upnp_string_create(const char* text, int capacity) {
   if (capacity < 0) return nullptr;
-  auto* s = static_cast<st_upnp_string*>(orx::Noted(calloc(1, sizeof(st_upnp_string)), __func__));
+  auto* s = static_cast<st_upnp_string*>(orx::Counted(calloc(1, sizeof(st_upnp_string)), __func__));
   if (s == nullptr) return nullptr;
   s->capacity = capacity;
   // There is always room for the terminator of an empty text.
   s->buffer = static_cast<char*>(
-      orx::Noted(calloc(static_cast<size_t>(std::max(capacity, 1)), 1), __func__));
+      orx::Counted(calloc(static_cast<size_t>(std::max(capacity, 1)), 1), __func__));
   if (s->buffer == nullptr) {
     free(s);
     return nullptr;

@@ -29,7 +29,7 @@ char* string_to_base64(const char* text) {
   if (text == nullptr) return nullptr;
   const size_t length = strlen(text);
   auto* result =
-      static_cast<char*>(orx::Noted(calloc(length / 3 * 4 + length % 3 * 4 / 3 + 4, 1), __func__));
+      static_cast<char*>(orx::Counted(calloc(length / 3 * 4 + length % 3 * 4 / 3 + 4, 1), __func__));
   if (result == nullptr) return nullptr;
   char* out = result;
   for (size_t done = 0; done < length; done += 3) {
@@ -69,7 +69,7 @@ char* get_cgi_param(const char* request, const char* name) {
     const size_t length = strcspn(segment, kSeparators);
     if (StartsWith(segment, length, name, nameLength) && length > nameLength &&
         segment[nameLength] == '=')
-      return orx::Noted(strndup(segment + nameLength + 1, length - nameLength - 1), __func__);
+      return orx::Counted(strndup(segment + nameLength + 1, length - nameLength - 1), __func__);
     if (segment[length] == '\0') return nullptr;
     segment += length + 1;
   }

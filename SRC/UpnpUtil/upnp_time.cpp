@@ -90,7 +90,7 @@ char* upnp_duration_to_string(long ms) {
              d.milliseconds);
   else
     snprintf(text, sizeof text, "%ld:%02ld:%02ld", d.hours, d.minutes, d.seconds);
-  return orx::Noted(strdup(text), __func__);
+  return orx::Counted(strdup(text), __func__);
 }
 
 int upnp_format_time(long ms, char* dst) {

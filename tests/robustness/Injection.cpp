@@ -214,6 +214,10 @@ using orx_test::Layer;
 #define __real_fstat64 __real___fstat64_time64
 #define __wrap_stat64 __wrap___stat64_time64
 #define __real_stat64 __real___stat64_time64
+#define __wrap_lstat64 __wrap___lstat64_time64
+#define __real_lstat64 __real___lstat64_time64
+#define __wrap_fstatat64 __wrap___fstatat64_time64
+#define __real_fstatat64 __real___fstatat64_time64
 #endif
 
 extern "C" {
@@ -228,6 +232,9 @@ ssize_t __real_read(int descriptor, void* to, size_t size);
 ssize_t __real_pread64(int descriptor, void* to, size_t size, off64_t at);
 int __real_fstat64(int descriptor, struct stat64* status);
 int __real_stat64(const char* path, struct stat64* status);
+int __real_lstat64(const char* path, struct stat64* status);
+int __real_fstatat64(int directory, const char* name, struct stat64* status, int flags);
+off64_t __real_lseek64(int descriptor, off64_t offset, int whence);
 DIR* __real_opendir(const char* path);
 struct dirent64* __real_readdir64(DIR* directory);
 
@@ -262,6 +269,16 @@ int __wrap_fstat64(int descriptor, struct stat64* status) {
 }
 int __wrap_stat64(const char* path, struct stat64* status) {
   return orx_test::FileCall(-1, [&] { return __real_stat64(path, status); });
+}
+int __wrap_lstat64(const char* path, struct stat64* status) {
+  return orx_test::FileCall(-1, [&] { return __real_lstat64(path, status); });
+}
+int __wrap_fstatat64(int directory, const char* name, struct stat64* status, int flags) {
+  return orx_test::FileCall(-1, [&] { return __real_fstatat64(directory, name, status, flags); });
+}
+off64_t __wrap_lseek64(int descriptor, off64_t offset, int whence) {
+  return orx_test::FileCall(off64_t{-1},
+                            [&] { return __real_lseek64(descriptor, offset, whence); });
 }
 DIR* __wrap_opendir(const char* path) {
   return orx_test::FileCall(static_cast<DIR*>(nullptr), [&] { return __real_opendir(path); });

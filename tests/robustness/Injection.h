@@ -10,7 +10,7 @@ namespace orx_test {
 
 enum class Layer {
   kMemory,  // malloc and its kin, new, SQLite's memory
-  kFiles,   // open, read, fstat, stat, opendir, readdir
+  kFiles,   // open, read, seek, all kinds of stat, opendir, readdir
   kDisk,    // what SQLite does with its files
 };
 
