@@ -79,18 +79,12 @@ orx::LockWaiting& DataBaseMgr::Waiting() {
   return waiting;
 }
 
-int DataBaseMgr::Connect(const char* fileName) {
-  const int code = orx::OpenConnection(fileName, &ppDataBase);
+int DataBaseMgr::Connect(const char* fileName, int flags) {
+  const int code = orx::OpenConnection(fileName, &ppDataBase, flags);
   if (code == SQLITE_OK) Waiting().Install(ppDataBase);
   return code;
 }
 
-// A statement that another instance compiled keeps the connection alive until it is done with it.
-void DataBaseMgr::CloseDatabase() {
-  statements_->Clear();
-  sqlite3_close_v2(ppDataBase);
-  ppDataBase = nullptr;
-}
 
 void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* message) {
   orx::WriteLogLine(orx::LogLevel::kError, orx::SourceName(__FILE__),

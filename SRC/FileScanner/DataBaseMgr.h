@@ -236,13 +236,15 @@ class ORX_API DataBaseMgr {
   void LogFailedStatement(const char* sql, int code, const char* message);
   void LogRefusedStatement(const std::string& printed, const std::string& reason);
   orx::QueryResult Result();          // the members that a query fills
-  int Connect(const char* fileName);  // SQLite's code; without a connection after a failure
+  int Connect(const char* fileName, int flags);  // SQLite's code; without a connection after a failure
   void CloseDatabase();
   static orx::LockWaiting& Waiting();         // of the class-wide connection
   enum class InsertKind { kPlain, kShared };  // shared files' previews carry their sort index
   void InsertInBothTables(MediaMetaData* record, InsertKind kind);
   int InsertInMediaTable(const MediaMetaData* record, InsertKind kind);
   static void LogInsertionFailed(const MediaMetaData& record, InsertKind kind);
+  int OpenLogged(const char* fileName, int flags);  // instead of what is open
+  int MakeDatabase(const char* fileName);           // makes it beside its place and opens it
   int InsertObject(const orx::SqlStatement& insert, MediaMetaData* record);
   void AdoptId(MediaMetaData* record);
   void MendOrphans(const char* directoryPath, bool hasMediaTables);

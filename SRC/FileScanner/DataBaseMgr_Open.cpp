@@ -1,7 +1,4 @@
 // Opening a database and making a new one: the tables and their indexes.
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -9,10 +6,13 @@
 #include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DataBaseSchema.h"
+#include "FileScanner/DatabasePath.h"
 #include "FileScanner/SqlConnection.h"
+#include "FileScanner/SqlStatement.h"
 #include "FileScanner/UnfinishedFile.h"
 #include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
+#include "OSAL/GuardedFiles.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/ORXMemory.h"
@@ -44,18 +44,37 @@ const LabelledTable kAllTables[] = {{"object", orx::kObjectTable},
                                     {"video", orx::kVideoTable},
                                     {"image", orx::kImageTable}};
 
-// Whether the path names a file, not a database in memory or SQLite's own kinds of name, that is
-// still to be made.
-bool IsNewFile(const char* fileName) {
-  const bool special = *fileName == '\0' || *fileName == ':' || strncmp(fileName, "file:", 5) == 0;
-  struct stat64 status = {};
-  return !special && stat64(fileName, &status) != 0 && errno == ENOENT;
+using orx::DatabasePath;
+
+constexpr int kExisting = SQLITE_OPEN_READWRITE;  // nothing is made
+
+// What ppDataBase is connected to.
+orx::GuardedDatabase guarded;
+
+int Opened() {
+  guarded.Hold(sqlite3_db_filename(DataBaseMgr::ppDataBase, "main"));
+  return 1;
 }
 
-// Whether there is a database already, even if it does not open.
-bool HoldsData(const char* fileName) {
-  struct stat64 status = {};
-  return stat64(fileName, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0;
+int LogOpenError(int code) {
+  orx::WriteLogLine(orx::LogLevel::kError, orx::SourceName(__FILE__), "CreateDB", __LINE__,
+                    "[DataBaseMgr::CreateDB] sqlite3_open error = [%d]", code);
+  return 0;
+}
+
+// Whether the file is there and can be opened.
+bool Probe(const char* fileName) {
+  sqlite3* connection = nullptr;
+  const int code = sqlite3_open_v2(fileName, &connection, SQLITE_OPEN_READONLY, nullptr);
+  if (sqlite3_close(connection) != SQLITE_OK)
+    ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
+  return code == SQLITE_OK;
+}
+
+// Ends the waiting for another process that makes the same database.
+bool MakingCancelled() {
+  const DataBaseMgr* database = DataBaseMgr::mpThisInstance;
+  return database != nullptr && database->bInvalidateAllItemsCancelFlag != 0;
 }
 
 std::string BoundedText(const char* text, size_t size) {
@@ -112,54 +131,67 @@ char* GetCreatTblSqlStmt(const char* tableName, int count, const TableColumn* co
   });
 }
 
+// A statement that another instance compiled keeps the connection alive until it is done with it.
+void DataBaseMgr::CloseDatabase() {
+  statements_->Clear();
+  sqlite3_close_v2(ppDataBase);
+  ppDataBase = nullptr;
+  guarded.Release();
+}
+
+// What is at the path already is opened as it is; it never gets tables.
 int DataBaseMgr::OpenDB(const char* fileName) {
   if (fileName == nullptr) return 0;
-  if (ppDataBase != nullptr) return 1;
-
-  const bool exists =
-      sqlite3_open_v2(fileName, &ppDataBase, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK;
-  if (sqlite3_close(ppDataBase) != SQLITE_OK)
-    ORX_LOG_INFO("[DataBaseMgr::OpenDB] closing DB failed");
-  ppDataBase = nullptr;
-  if (exists || HoldsData(fileName)) {
-    const int code = Connect(fileName);
-    if (code == SQLITE_OK) return 1;
-    ORX_LOG_ERROR("[DataBaseMgr::OpenDB] sqlite3_open error = [%d]", code);
+  if (ppDataBase != nullptr) return Opened();
+  return Guard(this).Run(__func__, 0, [&] {
+    const DatabasePath found = orx::LookAtDatabase(fileName);
+    const int flags = found == DatabasePath::kSpecial ? kExisting | SQLITE_OPEN_CREATE : kExisting;
+    if (found != DatabasePath::kRefused && Probe(fileName))
+      return Connect(fileName, flags) == SQLITE_OK ? Opened() : 0;
+    const bool exists = found == DatabasePath::kFile;
+    if ((exists ? OpenLogged(fileName, flags) : CreateDbmsSystem(fileName)) == 1) return 1;
+    ORX_LOG_INFO("[DataBaseMgr::OpenDB] CreateDbmsSystem failed");
     return 0;
-  }
-
-  if (CreateDbmsSystem(fileName) == 1) return 1;
-  ORX_LOG_INFO("[DataBaseMgr::OpenDB] CreateDbmsSystem failed");
-  return 0;
+  });
 }
 
 int DataBaseMgr::CreateDbmsSystem(const char* fileName) {
   if (fileName == nullptr) return 0;
   return Guard(this).Run(__func__, 0, [&] {
-    if (!IsNewFile(fileName)) {
-      if (CreateDB(fileName) == 0) return 0;
-      CreateTables();
-      return 1;
-    }
-    // A file without its tables, left behind by a power cut, would never get any.
-    const orx::UnfinishedFile unfinished(fileName);
+    if (orx::LookAtDatabase(fileName) == DatabasePath::kMissing) return MakeDatabase(fileName);
+    if (CreateDB(fileName) == 0) return 0;
+    CreateTables();
+    return 1;
+  });
+}
+
+// A file without its tables, left behind by a power cut, would never get any.
+int DataBaseMgr::MakeDatabase(const char* fileName) {
+  using Start = orx::UnfinishedFile::Start;
+  CloseDatabase();
+  orx::UnfinishedFile unfinished(orx::BehindLinks(fileName));
+  const Start start = unfinished.Begin(MakingCancelled);
+  if (start == Start::kLocked) return LogOpenError(SQLITE_BUSY);
+  if (start == Start::kRefused) return LogOpenError(SQLITE_CANTOPEN);
+  if (start == Start::kBegun) {
     if (CreateDB(unfinished.path()) == 0) return 0;
     orx::WriteTransaction creation(this);
     CreateTables();
     const bool complete = creation.End();
     CloseDatabase();
     if (!complete || !unfinished.Finish()) return 0;
-    return CreateDB(fileName);
-  });
+  }
+  return OpenLogged(fileName, kExisting);
 }
 
 int DataBaseMgr::CreateDB(const char* fileName) {
-  if (fileName == nullptr) return 0;
+  return fileName != nullptr ? OpenLogged(fileName, kExisting | SQLITE_OPEN_CREATE) : 0;
+}
+
+int DataBaseMgr::OpenLogged(const char* fileName, int flags) {
   CloseDatabase();
-  const int code = Connect(fileName);
-  if (code == SQLITE_OK) return 1;
-  ORX_LOG_ERROR("[DataBaseMgr::CreateDB] sqlite3_open error = [%d]", code);
-  return 0;
+  const int code = Connect(fileName, flags);
+  return code == SQLITE_OK ? Opened() : LogOpenError(code);
 }
 
 void DataBaseMgr::CreateTables() try {

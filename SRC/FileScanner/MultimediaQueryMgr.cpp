@@ -1,21 +1,42 @@
 #include "FileScanner/MultimediaQueryMgr.h"
 
+#include <new>
+
+#include "FileScanner/DatabasePath.h"
 #include "FileScanner/LockWaiting.h"
 #include "FileScanner/SqlConnection.h"
+#include "OSAL/Fault.h"
+#include "OSAL/GuardedFiles.h"
 
 std::vector<std::string> MultimediaQueryMgr::vdata;
 std::vector<std::string> MultimediaQueryMgr::vcol_head;
 char** MultimediaQueryMgr::result = nullptr;
 
-// The first look is read-only, so that no database is made.  The handle that a failed look leaves
-// is kept, and the object counts as connected.
+namespace {
+
+// Opening with this file system fails without touching the file.
+constexpr char kNoFileSystem[] = "none";
+
+// A look that makes no database, and opens what has bytes alone.
+int Probe(const char* fileName, sqlite3** connection) {
+  auto found = orx::DatabasePath::kRefused;
+  orx::Guarded(__func__, [&] { found = orx::LookAtDatabase(fileName); });
+  const bool refused = found == orx::DatabasePath::kRefused;
+  return sqlite3_open_v2(fileName, connection, SQLITE_OPEN_READONLY,
+                         refused ? kNoFileSystem : nullptr);
+}
+
+}  // namespace
+
+// The handle that a failed first look leaves is kept, and the object counts as connected.
 int MultimediaQueryMgr::ConnectDB(const char* fileName) {
   if (fileName == nullptr || connection_ != nullptr) return 0;
-  if (sqlite3_open_v2(fileName, &connection_, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) return 0;
+  if (Probe(fileName, &connection_) != SQLITE_OK) return 0;
   sqlite3_close(connection_);
-  connection_ = nullptr;
-  if (orx::OpenConnection(fileName, &connection_) != SQLITE_OK) return 0;
+  if (orx::OpenConnection(fileName, &connection_, SQLITE_OPEN_READWRITE) != SQLITE_OK) return 0;
   orx::WaitForLocks(connection_);
+  guarded_ = new (std::nothrow) orx::GuardedDatabase;
+  if (guarded_ != nullptr) guarded_->Hold(sqlite3_db_filename(connection_, "main"));
   return 1;
 }
 
@@ -23,6 +44,8 @@ void MultimediaQueryMgr::DisconnectDB() {
   if (!Connected()) return;
   sqlite3_close(connection_);
   disconnected_ = true;
+  delete guarded_;
+  guarded_ = nullptr;
 }
 
 int MultimediaQueryMgr::ExecSqlStatmentNoValueReturn(const char* sql) {

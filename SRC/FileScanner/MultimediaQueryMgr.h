@@ -11,6 +11,10 @@
 
 #include "Platform/Export.h"
 
+namespace orx {
+class GuardedDatabase;
+}  // namespace orx
+
 class ORX_API MultimediaQueryMgr {
  public:
   MultimediaQueryMgr() = default;
@@ -40,5 +44,6 @@ class ORX_API MultimediaQueryMgr {
   bool Connected() const { return connection_ != nullptr && !disconnected_; }
 
   sqlite3* connection_ = nullptr;
+  orx::GuardedDatabase* guarded_ = nullptr;  // as long as the connection is held
   bool disconnected_ = false;  // the object still counts as connected, but nothing runs on it
 };

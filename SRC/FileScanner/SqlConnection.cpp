@@ -1,5 +1,6 @@
 #include "FileScanner/SqlConnection.h"
 
+#include "FileScanner/DatabasePath.h"
 #include "OSAL/Fault.h"
 
 namespace orx {
@@ -11,12 +12,24 @@ void AllowDoubleQuotedText(sqlite3* connection) {
   sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 1, nullptr);
 }
 
+// The file may be a stranger's, and whoever writes a row of it must not run what that left there.
+void RunNothingOfTheFile(sqlite3* connection) {
+  for (const int code : {SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW,
+                         SQLITE_DBCONFIG_TRUSTED_SCHEMA})
+    sqlite3_db_config(connection, code, 0, nullptr);
+}
+
 }  // namespace
 
-int OpenConnection(const char* fileName, sqlite3** connection) {
-  const int code = sqlite3_open(fileName, connection);
+int OpenConnection(const char* fileName, sqlite3** connection, int flags) {
+  *connection = nullptr;
+  DatabasePath found = DatabasePath::kRefused;
+  if (!Guarded(__func__, [&] { found = LookAtDatabase(fileName); })) return SQLITE_NOMEM;
+  if (found == DatabasePath::kRefused) return SQLITE_CANTOPEN;
+  const int code = sqlite3_open_v2(fileName, connection, flags, nullptr);
   if (code == SQLITE_OK) {
     AllowDoubleQuotedText(*connection);
+    RunNothingOfTheFile(*connection);
   } else {
     sqlite3_close(*connection);
     *connection = nullptr;

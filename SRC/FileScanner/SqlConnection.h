@@ -10,9 +10,11 @@
 
 namespace orx {
 
-// Opens the file, creating it when it is missing.  Returns SQLite's code; after a failure
-// `connection` is null.
-int OpenConnection(const char* fileName, sqlite3** connection);
+// Opens the file, by default creating it when it is missing; what is no regular file is refused
+// without being opened.  Nothing that is stored in the file runs as code: no trigger, no view.
+// Returns SQLite's code; after a failure `connection` is null.
+int OpenConnection(const char* fileName, sqlite3** connection,
+                   int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
 
 // A result table of SQLite's that releases itself.
 struct FreeTable {

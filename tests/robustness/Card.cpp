@@ -219,8 +219,9 @@ std::string CardTest::DatabaseBytes() const {
 }
 
 void CardTest::RestoreDatabase(const std::string& bytes) const {
-  for (const char* ending : {"", "-journal", "-new", "-new-journal"})
-    std::filesystem::remove(db_ + ending);
+  for (const char* ending : {"", "-journal"}) std::filesystem::remove(db_ + ending);
+  for (const char* ending : {"", "-journal", "-lock"})
+    std::filesystem::remove(temp_.Path(".media.db.orxscan-new") + ending);
   if (!bytes.empty()) std::ofstream(db_, std::ios::binary) << bytes;
 }
 
