@@ -5,11 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <thread>
 
 #include "FileScanner/DatabasePath.h"
@@ -50,21 +51,25 @@ bool IsSameFile(const struct stat64& a, const struct stat64& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// Whether the file begins as one of SQLite's does, or as far as it was written before a kill.
+constexpr size_t kStart = 8;  // bytes of a file
+using FileStart = std::array<unsigned char, kStart>;
+constexpr FileStart kDatabaseStart = {'S', 'Q', 'L', 'i', 't', 'e', ' ', 'f'};
+constexpr FileStart kJournalStart = {0xd9, 0xd5, 0x05, 0xf9, 0x20, 0xa1, 0x63, 0xd7};
+
+// Whether `found` is `whole` as far as it was written before a kill, and zero behind that.
+bool IsWrittenSoFar(const FileStart& found, const FileStart& whole) {
+  const auto written = std::mismatch(found.begin(), found.end(), whole.begin()).first;
+  return std::all_of(written, found.end(), [](unsigned char c) { return c == 0; });
+}
+
+// Whether the file begins as one of SQLite's does.
 bool BeginsLikeSqlites(const char* path) {
-  static constexpr char kDatabase[8] = {'S', 'Q', 'L', 'i', 't', 'e', ' ', 'f'};
-  static constexpr char kJournal[8] = {'\xd9', '\xd5', '\x05', '\xf9',
-                                       '\x20', '\xa1', '\x63', '\xd7'};
-  static constexpr char kNothing[8] = {};
-  char start[8] = {};
+  FileStart found = {};
   const int descriptor = open64(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (descriptor < 0) return false;
-  const ssize_t length = pread64(descriptor, start, sizeof start, 0);
+  const bool known = pread64(descriptor, found.data(), found.size(), 0) >= 0;
   close(descriptor);
-  if (length < 0) return false;
-  const auto size = static_cast<size_t>(length);
-  return memcmp(start, kDatabase, size) == 0 || memcmp(start, kJournal, size) == 0 ||
-         memcmp(start, kNothing, size) == 0;
+  return known && (IsWrittenSoFar(found, kDatabaseStart) || IsWrittenSoFar(found, kJournalStart));
 }
 
 // Removes what a killed maker left at `path`.  False when something else is there.

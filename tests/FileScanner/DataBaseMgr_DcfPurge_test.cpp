@@ -206,6 +206,7 @@ TEST_F(MediaDcfPurge, RemovesFoldersThatAreGoneBeforeTheirItems) {
   Container(5, "1", card.MakeDir("101CAMRA"));
   Image(3, Path("100CAMRA/DSC_0001.JPG"), "4", 1000001);
   Share({1});
+  database.AllowTriggers();
   database.Run(
       "create table Gone (id INTEGER); create trigger Note after delete on ObjectTable begin "
       "insert into Gone values (old.id); end;");

@@ -128,6 +128,7 @@ TEST_F(InvalidateAllItems, LogsAStartForEveryContainer) {
 
 TEST_F(InvalidateAllItems, GoesDepthFirstInRowOrder) {
   FillTree();
+  database.AllowTriggers();
   database.Run(
       "create table Marked (id INTEGER); create trigger Note after update on ObjectTable begin "
       "insert into Marked values (new.id); end;");

@@ -260,6 +260,7 @@ TEST_F(UpdateShareStatus, RunsTheStatementBeforeAnUnknownExtensionOnceMore) {
 
 TEST_F(UpdateShareStatus, HidesFilmsOnceMoreForAnUnknownExtensionAtTheFront) {
   // A trigger counts how often films are hidden: a row that hiding does not change is found again.
+  database.AllowTriggers();
   database.Run(
       "create table Hidden (n INTEGER); create trigger Again after update on VideoTable when "
       "new.Share=0 begin insert into Hidden values (1); update VideoTable set Share=1 where "

@@ -23,6 +23,7 @@ long strikeAt = 0;
 long calls = 0;
 int armedError = 0;
 bool struck = false;
+bool movesAsOnFat = false;
 void (*cancelNow)() = nullptr;
 
 }  // namespace
@@ -46,6 +47,8 @@ bool Injection::Disarm() {
 
 long Injection::Calls() { return calls; }
 int Injection::Error() { return armedError; }
+void Injection::MoveAsOnFat(bool plainly) { movesAsOnFat = plainly; }
+bool Injection::MovesAsOnFat() { return movesAsOnFat; }
 bool Injection::Kills() { return armedBehaviour == Behaviour::kKill; }
 
 bool Injection::Strikes(Layer layer) {
@@ -69,6 +72,15 @@ Result FileCall(Result failure, Call&& call) {
   if (!Injection::Strikes(Layer::kFiles)) return call();
   errno = Injection::Error();
   return failure;
+}
+
+// The same for what is done to the disk beside SQLite.
+template <typename Call>
+int DiskCall(Call&& call) {
+  if (!Injection::Strikes(Layer::kDisk)) return call();
+  if (Injection::Kills()) raise(SIGKILL);
+  errno = Injection::Error();
+  return -1;
 }
 
 // ---- SQLite's memory ----
@@ -236,6 +248,12 @@ int __real_lstat64(const char* path, struct stat64* status);
 int __real_fstatat64(int directory, const char* name, struct stat64* status, int flags);
 off64_t __real_lseek64(int descriptor, off64_t offset, int whence);
 DIR* __real_opendir(const char* path);
+int __real_renameat2(int from, const char* path, int to, const char* newPath, unsigned flags);
+int __real_link(const char* path, const char* newPath);
+int __real_rename(const char* path, const char* newPath);
+int __real_unlink(const char* path);
+int __real_fsync(int descriptor);
+int __real_flock(int descriptor, int operation);
 struct dirent64* __real_readdir64(DIR* directory);
 
 void* __wrap_malloc(size_t size) {
@@ -286,6 +304,32 @@ DIR* __wrap_opendir(const char* path) {
 struct dirent64* __wrap_readdir64(DIR* directory) {
   return orx_test::FileCall(static_cast<struct dirent64*>(nullptr),
                             [&] { return __real_readdir64(directory); });
+}
+int __wrap_renameat2(int from, const char* path, int to, const char* newPath, unsigned flags) {
+  if (Injection::MovesAsOnFat()) {
+    errno = EINVAL;
+    return -1;
+  }
+  return orx_test::DiskCall([&] { return __real_renameat2(from, path, to, newPath, flags); });
+}
+int __wrap_link(const char* path, const char* newPath) {
+  if (Injection::MovesAsOnFat()) {
+    errno = EPERM;
+    return -1;
+  }
+  return orx_test::DiskCall([&] { return __real_link(path, newPath); });
+}
+int __wrap_rename(const char* path, const char* newPath) {
+  return orx_test::DiskCall([&] { return __real_rename(path, newPath); });
+}
+int __wrap_unlink(const char* path) {
+  return orx_test::DiskCall([&] { return __real_unlink(path); });
+}
+int __wrap_fsync(int descriptor) {
+  return orx_test::DiskCall([&] { return __real_fsync(descriptor); });
+}
+int __wrap_flock(int descriptor, int operation) {
+  return orx_test::DiskCall([&] { return __real_flock(descriptor, operation); });
 }
 // NOLINTEND
 

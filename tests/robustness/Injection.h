@@ -11,7 +11,7 @@ namespace orx_test {
 enum class Layer {
   kMemory,  // malloc and its kin, new, SQLite's memory
   kFiles,   // open, read, seek, all kinds of stat, opendir, readdir
-  kDisk,    // what SQLite does with its files
+  kDisk,    // what SQLite does with its files, and moves, removals, locks and syncs beside it
 };
 
 enum class Behaviour {
@@ -33,6 +33,10 @@ class Injection {
   static bool Strikes(Layer layer);
   static int Error();
   static bool Kills();
+
+  // A file system without links that knows no way to move a file to a free place only.
+  static void MoveAsOnFat(bool plainly);
+  static bool MovesAsOnFat();
 };
 
 // To be called before SQLite is used.

@@ -42,6 +42,11 @@ std::string TestDatabase::Cell(const std::string& sql) const {
   return rows[0][0];
 }
 
+void TestDatabase::AllowTriggers() const {
+  EXPECT_EQ(sqlite3_db_config(DataBaseMgr::ppDataBase, SQLITE_DBCONFIG_ENABLE_TRIGGER, 1, nullptr),
+            SQLITE_OK);
+}
+
 void TestDatabase::Run(const std::string& sql) const {
   char* message = nullptr;
   EXPECT_EQ(sqlite3_exec(DataBaseMgr::ppDataBase, sql.c_str(), nullptr, nullptr, &message),

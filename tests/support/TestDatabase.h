@@ -27,6 +27,7 @@ class TestDatabase {
   const std::string& path() const { return path_; }
   Rows Select(const std::string& sql) const { return orx_test::Select(path_, sql); }
   std::string Cell(const std::string& sql) const;  // the only cell of the result
+  void AllowTriggers() const;                      // of the test's own
   void Run(const std::string& sql) const;          // fails the test when the statement fails
 
  private:
