@@ -1,9 +1,11 @@
 // The entry of the library: brings a media database in line with a directory tree.
 //
 // One instance in the process, used on one thread; only CancelScanDirectory may be called from
-// another.  A scan opens the database, works in one transaction and closes the database again.  The
-// caller sets `*status` to 0 or passes null; a scan sets it to 1 when it added the top folder or a
-// file (ScanDir: a file directly in it), not when it removed rows or added some further below.
+// another.  A scan opens the database, works in one transaction and closes the database again; it
+// waits up to five seconds for other connections to the database, less after a cancel.  The caller
+// sets `*status` to 0 or passes null; a scan sets it to 1 when it added the top folder or a file
+// (ScanDir: a file directly in it), not when it removed rows or added some further below.  When the
+// machine fails (memory, disk, a lock), the scan is undone and `*status` stays as it was.
 // Paths are terminated UTF-8; new texts are released with ORXMemory::Free.
 #pragma once
 
