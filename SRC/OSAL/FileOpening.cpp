@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "OSAL/Fault.h"
+#include "OSAL/GuardedFiles.h"
 
 namespace orx {
 
@@ -20,7 +21,7 @@ OpenedFile::OpenedFile(const char* path) noexcept {
     status_ = {};
     return;
   }
-  if (!MayBeRead(status_)) return;
+  if (!MayBeRead(status_) || IsGuarded(status_)) return;
   descriptor_ = open64(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (descriptor_ < 0) {
     NoteOpenError("open", path, errno);
@@ -29,6 +30,7 @@ OpenedFile::OpenedFile(const char* path) noexcept {
   // Something else may stand there by now.
   lostStatus_ = fstat64(descriptor_, &status_) != 0;
   if (lostStatus_) NoteSystemError("fstat", path, errno);
+  if (!lostStatus_ && IsGuarded(status_)) Park(Release());
   if (lostStatus_ || !MayBeRead(status_)) Close();
 }
 

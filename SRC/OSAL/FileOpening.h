@@ -2,7 +2,7 @@
 //
 // What is opened is known to be a file or a folder first.  Opening alone does harm elsewhere: it
 // starts a watchdog, sets a terminal's lines, or makes the writer of a FIFO lose its data.  Opening
-// never blocks.
+// never blocks.  Guarded files are not opened.
 #pragma once
 
 #include <sys/stat.h>
