@@ -1,5 +1,7 @@
 #include "Sqlite.h"
 
+#include <filesystem>
+
 #include "Output.h"
 
 namespace orxscan {
@@ -15,14 +17,35 @@ std::string Problem(sqlite3* connection) {
   return sqlite3_errmsg(connection);
 }
 
+// SQLite opens these as well, and would wait for the other end of a FIFO.
+void CheckSideFiles(const std::string& path, const std::string& name) {
+  std::error_code error;
+  const std::filesystem::path behindLinks = std::filesystem::canonical(path, error);
+  const std::string place = error ? path : behindLinks.string();
+  for (const char* ending : {"-journal", "-wal", "-shm"}) {
+    const auto status = std::filesystem::status(place + ending, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+      throw Failure("database {}: the file {} beside it is not a regular file", name, ending);
+  }
+}
+
+// The database may be a stranger's: what it stores is data.
+void RunNothingOfTheFile(sqlite3* connection) {
+  for (const int code : {SQLITE_DBCONFIG_ENABLE_TRIGGER, SQLITE_DBCONFIG_ENABLE_VIEW,
+                         SQLITE_DBCONFIG_TRUSTED_SCHEMA})
+    sqlite3_db_config(connection, code, 0, nullptr);
+}
+
 }  // namespace
 
 Connection OpenSqlite(const std::string& path, const std::string& name, int flags) {
+  CheckSideFiles(path, name);
   sqlite3* raw = nullptr;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
   Connection connection(raw);
   if (code != SQLITE_OK) throw Failure("database {}: {}", name, sqlite3_errstr(code));
   sqlite3_busy_timeout(raw, kPatience);
+  RunNothingOfTheFile(raw);
   return connection;
 }
 
