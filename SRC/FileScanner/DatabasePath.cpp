@@ -61,7 +61,8 @@ std::string BehindLinks(const std::string& path) {
   for (int links = 0; links < kMaxLinks; ++links) {
     const std::string text = LinkText(place);
     if (text.empty()) break;
-    place = text[0] == '/' ? text : FolderOf(place) + "/" + text;
+    const std::string folder = FolderOf(place).append("/");
+    place = text[0] == '/' ? text : folder + text;
   }
   return place;
 }
