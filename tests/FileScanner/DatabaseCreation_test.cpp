@@ -28,7 +28,6 @@ using orx_test::TempDir;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr char kUnfinished[] = ".media.db.orxscan-new";
 constexpr unsigned kTooLong = 20;  // seconds: whoever hangs is ended by a signal
