@@ -73,19 +73,32 @@ bool ReadExifAttributes(const char* path, sFileAttribute* out) {
   return true;
 }
 
+// When the machine cannot tell, the library notes it, and the file is left to the next scan.
+bool ReadStatus(const char* path, sFileAttribute* out, time_t* modified) {
+  struct stat64 status = {};
+  if (stat64(path, &status) == 0) {
+    out->nFileSize = status.st_size;
+    *modified = status.st_mtime;
+    return true;
+  }
+  st_UPNP_FILE_STAT again = {};
+  if (upnp_file_stat(path, &again) != 0) return false;
+  out->nFileSize = again.size;
+  *modified = again.modification_time;
+  return true;
+}
+
 // A JPEG without EXIF data: its frame header and the file system still know enough.
 bool ReadPlainJpegAttributes(const char* path, sFileAttribute* out) {
   const File file(upnp_file_open_read(path));
   int width = 0, height = 0;
   if (file == nullptr || exif_get_jpeg_size(file.get(), file->size, &width, &height, 0) != 0)
     return false;
-  struct stat64 status = {};
-  if (stat64(path, &status) != 0) return false;
-  const time_t modified = status.st_mtime;
+  time_t modified = 0;
+  if (!ReadStatus(path, out, &modified)) return false;
   struct tm utc = {};
   char date[kDateLength + 1] = {};
   if (gmtime_r(&modified, &utc) != nullptr) strftime(date, sizeof date, "%Y-%m-%d", &utc);
-  out->nFileSize = status.st_size;
   out->nWidth = Pixels(width);
   out->nHeight = Pixels(height);
   StoreDate(date, out->szDate);
@@ -115,7 +128,7 @@ int QUILWifi_getVideoAttribute(char* path, sVideoAttribute* out) {
 }
 
 long long ORXGetFileSize(const char* path) {
-  struct stat64 status = {};
-  if (path == nullptr || stat64(path, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
-  return status.st_size;
+  st_UPNP_FILE_STAT status = {};  // asked for by the library, which notes a failing machine
+  if (upnp_file_stat(path, &status) != 0 || !S_ISREG(status.mode)) return 0;
+  return status.size;
 }

@@ -68,9 +68,9 @@ int QUILWifi_getVideoAttribute(char* path, sVideoAttribute* out) {
   return platform.attributesSucceed ? 1 : 0;
 }
 
-int QUILWifi_getJpegScreennailInfo(char* /*path*/, int* width, int* height, int* offset,
-                                   int* length) {
+int QUILWifi_getJpegScreennailInfo(char* path, int* width, int* height, int* offset, int* length) {
   const QuietPlatform& platform = QuietPlatform::Get();
+  if (platform.findScreennail != nullptr && !platform.findScreennail(path)) return 0;
   *width = platform.screennail[0];
   *height = platform.screennail[1];
   *offset = platform.screennail[2];

@@ -20,7 +20,8 @@ struct QuietPlatform {
   long long (*sizeOf)(const char* path) = nullptr;  // in place of the size in the records below
   sFileAttribute fileAttribute = {};
   sVideoAttribute videoAttribute = {};
-  int screennail[4] = {};  // width, height, offset, length
+  int screennail[4] = {};                              // width, height, offset, length
+  bool (*findScreennail)(const char* path) = nullptr;  // false: there is none
   long long fileSize = 0;
 
   void (*onLine)(const char* message) = nullptr;  // called for every line

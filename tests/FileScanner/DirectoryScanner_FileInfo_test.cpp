@@ -16,7 +16,9 @@
 #include "OSAL/TextPtr.h"
 #include "support/JpegBuilder.h"
 #include "support/Mp4Builder.h"
+#include "support/OpenWatch.h"
 #include "support/ScannerFixture.h"
+#include "support/TimeZone.h"
 
 namespace {
 
@@ -256,10 +258,23 @@ TEST_F(SizeAndDateTest, FailsForAFileThatCannotBeOpened) {
   EXPECT_NE(errors_, "");
 }
 
-TEST_F(SizeAndDateTest, FailsForAFifoWithoutWaiting) {
+TEST_F(SizeAndDateTest, FailsForAFifoWithoutOpeningIt) {
   const std::string path = InCard("fifo.jpg");
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const orx_test::OpenWatch watch(path);
   EXPECT_EQ(Extract(path), 0);
+  EXPECT_FALSE(watch.Opened());
+}
+
+TEST_F(SizeAndDateTest, FollowsTheZoneThatTheHostSetMeanwhile) {
+  const orx_test::TimeZone before("UTC0");
+  const std::string path = Write("a.jpg", "x");
+  SetModified(path, 1700000000);  // 22:13 UTC
+  EXPECT_EQ(Extract(path), 1);
+  EXPECT_STREQ(date_, "2023-11-14");
+  setenv("TZ", "JST-9", 1);
+  EXPECT_EQ(Extract(path), 1);
+  EXPECT_STREQ(date_, "2023-11-15");
 }
 
 TEST_F(SizeAndDateTest, FailsForAFileOfNoTime) {

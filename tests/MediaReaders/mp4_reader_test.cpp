@@ -4,12 +4,15 @@
 #include <sys/stat.h>
 #include <utime.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "support/Mp4Builder.h"
 #include "support/Mp4Reading.h"
+#include "support/OpenWatch.h"
 #include "support/TempDir.h"
+#include "support/TimeZone.h"
 
 namespace {
 
@@ -105,6 +108,36 @@ TEST(M4aGetMetadata, ConfirmsVideoOnlyWhenThereIsAVideoHandler) {
   const Mp4Reading film(Stsd(Avc1(320, 240, 66, 10)) + Hdlr("soun"));
   EXPECT_EQ(film->VideoCodec, 2);
   EXPECT_EQ(film->VideoId, 0);
+}
+
+std::string DateOf(const std::string& path) {
+  mp4_metadata_t meta;
+  EXPECT_EQ(m4a_get_metadata(path.c_str(), &meta), 1);
+  const std::string date = meta.Date != nullptr ? meta.Date : "(null)";
+  m4a_free_metadata(&meta);
+  return date;
+}
+
+TEST(M4aGetMetadata, FollowsTheZoneThatTheHostSetMeanwhile) {
+  const orx_test::TimeZone before("UTC0");
+  const TempDir directory;
+  const std::string path = directory.Write("film.mp4", SmallFilm());
+  const utimbuf times = {1700000000, 1700000000};  // 22:13 UTC
+  ASSERT_EQ(utime(path.c_str(), &times), 0);
+  EXPECT_EQ(DateOf(path), "2023-11-14");
+  setenv("TZ", "JST-9", 1);
+  EXPECT_EQ(DateOf(path), "2023-11-15");
+}
+
+TEST(M4aGetMetadata, RefusesAFifoWithoutOpeningIt) {
+  const TempDir directory;
+  const std::string path = directory.Path("film.mp4");
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const orx_test::OpenWatch watch(path);
+  mp4_metadata_t meta;
+  EXPECT_EQ(m4a_get_metadata(path.c_str(), &meta), 0);
+  EXPECT_FALSE(watch.Opened());
+  m4a_free_metadata(&meta);
 }
 
 TEST(M4aGetMetadata, DatesTheFileByItsModificationInLocalTime) {

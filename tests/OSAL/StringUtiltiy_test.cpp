@@ -75,6 +75,14 @@ TEST(FromMultiByte, AsksForNoConverterForAscii) {
   EXPECT_EQ(orx_test::ConvertersOpened(), before);
 }
 
+TEST(FromMultiByte, NeedsNoConverterForAscii) {
+  const orx_test::NoConverter none;
+  for (int c = 1; c < 128; ++c) {
+    const std::string byte(1, static_cast<char>(c));
+    EXPECT_EQ(FromMultiByte(byte), byte);
+  }
+}
+
 TEST(FromMultiByte, IsNullWithoutAConverter) {
   const orx_test::NoConverter none;
   EXPECT_EQ(FromMultiByte("\xB0\xA1"), "(null)");

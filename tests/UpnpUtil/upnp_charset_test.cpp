@@ -291,6 +291,19 @@ TEST(ConvertMbToUtf8, IsNullWithoutAConverter) {
   EXPECT_EQ(FromEucKr("\xB0\xA1"), "(null)");
 }
 
+TEST(ConvertMbToUtf8, NeedsNoConverterForAscii) {
+  const orx_test::NoConverter none;
+  EXPECT_EQ(FromEucKr("IMG_\\~0012"), "IMG_\\~0012");
+  EXPECT_EQ(FromEucKr(""), "");
+  EXPECT_EQ(Taken(getUTF8FromMB("abc", 2)), "ab");
+}
+
+TEST(ConvertUtf16ToUtf8, NeedsNoConverterForAscii) {
+  const orx_test::NoConverter none;
+  const unsigned short units[] = {'I', '\\', '~', 0};
+  EXPECT_EQ(Taken(upnp_convert_utf16_to_utf8(nullptr, units, 4)), "I\\~");
+}
+
 TEST(GetUtf8FromMb, IsTheSameConversion) {
   if (!HasConverter("EUC-KR")) GTEST_SKIP() << "this system's converter does not know EUC-KR";
   EXPECT_EQ(Taken(getUTF8FromMB("\xB0\xA1z", 2)), "\xEA\xB0\x80");
@@ -379,6 +392,14 @@ TEST_F(ShiftJis, IsNullForNothing) {
 TEST(ShiftJisWithoutConverter, IsCopied) {
   const orx_test::NoConverter none;
   EXPECT_EQ(FromShiftJis("a\x82\xA0z"), "a\x82\xA0z");
+}
+
+TEST(ShiftJisWithoutConverter, IsTheSameForAscii) {
+  const orx_test::NoConverter none;
+  for (int c = 1; c < 128; ++c) {
+    const std::string byte(1, static_cast<char>(c));
+    EXPECT_EQ(FromShiftJis(byte), byte);
+  }
 }
 
 TEST(IsShiftJis, SaysYesAtAnyByteFrom81To9F) {

@@ -23,6 +23,7 @@ long strikeAt = 0;
 long calls = 0;
 int armedError = 0;
 bool struck = false;
+bool struckAtOpening = false;
 bool movesAsOnFat = false;
 void (*cancelNow)() = nullptr;
 
@@ -34,7 +35,7 @@ void Injection::Arm(Layer layer, long call, Behaviour behaviour, int error) {
   strikeAt = call;
   armedError = error;
   calls = 0;
-  struck = false;
+  struck = struckAtOpening = false;
   armed = true;
 }
 
@@ -45,18 +46,21 @@ bool Injection::Disarm() {
   return struck;
 }
 
+bool Injection::StruckAtOpening() { return struckAtOpening; }
+
 long Injection::Calls() { return calls; }
 int Injection::Error() { return armedError; }
 void Injection::MoveAsOnFat(bool plainly) { movesAsOnFat = plainly; }
 bool Injection::MovesAsOnFat() { return movesAsOnFat; }
 bool Injection::Kills() { return armedBehaviour == Behaviour::kKill; }
 
-bool Injection::Strikes(Layer layer) {
+bool Injection::Strikes(Layer layer, bool opens) {
   if (!armed || layer != armedLayer) return false;
   ++calls;
   const bool strikes =
       calls == strikeAt || (calls > strikeAt && armedBehaviour == Behaviour::kFailFromThere);
   struck = struck || strikes;
+  struckAtOpening = struckAtOpening || (strikes && opens);
   if (strikes && armedBehaviour == Behaviour::kCancel) {
     cancelNow();
     return false;
@@ -68,10 +72,15 @@ namespace {
 
 // Answers `failure` with errno set when the call is to fail.
 template <typename Result, typename Call>
-Result FileCall(Result failure, Call&& call) {
-  if (!Injection::Strikes(Layer::kFiles)) return call();
+Result FileCall(Result failure, Call&& call, bool opens = false) {
+  if (!Injection::Strikes(Layer::kFiles, opens)) return call();
   errno = Injection::Error();
   return failure;
+}
+
+template <typename Result, typename Call>
+Result OpeningCall(Result failure, Call&& call) {
+  return FileCall(failure, call, true);
 }
 
 // The same for what is done to the disk beside SQLite.
@@ -274,7 +283,7 @@ int __wrap_open64(const char* path, int flags, ...) {
   va_start(arguments, flags);
   const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  return orx_test::FileCall(-1, [&] { return __real_open64(path, flags, mode); });
+  return orx_test::OpeningCall(-1, [&] { return __real_open64(path, flags, mode); });
 }
 ssize_t __wrap_read(int descriptor, void* to, size_t size) {
   return orx_test::FileCall(ssize_t{-1}, [&] { return __real_read(descriptor, to, size); });
@@ -286,20 +295,21 @@ int __wrap_fstat64(int descriptor, struct stat64* status) {
   return orx_test::FileCall(-1, [&] { return __real_fstat64(descriptor, status); });
 }
 int __wrap_stat64(const char* path, struct stat64* status) {
-  return orx_test::FileCall(-1, [&] { return __real_stat64(path, status); });
+  return orx_test::OpeningCall(-1, [&] { return __real_stat64(path, status); });
 }
 int __wrap_lstat64(const char* path, struct stat64* status) {
-  return orx_test::FileCall(-1, [&] { return __real_lstat64(path, status); });
+  return orx_test::OpeningCall(-1, [&] { return __real_lstat64(path, status); });
 }
 int __wrap_fstatat64(int directory, const char* name, struct stat64* status, int flags) {
-  return orx_test::FileCall(-1, [&] { return __real_fstatat64(directory, name, status, flags); });
+  return orx_test::OpeningCall(-1,
+                               [&] { return __real_fstatat64(directory, name, status, flags); });
 }
 off64_t __wrap_lseek64(int descriptor, off64_t offset, int whence) {
   return orx_test::FileCall(off64_t{-1},
                             [&] { return __real_lseek64(descriptor, offset, whence); });
 }
 DIR* __wrap_opendir(const char* path) {
-  return orx_test::FileCall(static_cast<DIR*>(nullptr), [&] { return __real_opendir(path); });
+  return orx_test::OpeningCall(static_cast<DIR*>(nullptr), [&] { return __real_opendir(path); });
 }
 struct dirent64* __wrap_readdir64(DIR* directory) {
   return orx_test::FileCall(static_cast<struct dirent64*>(nullptr),

@@ -27,10 +27,12 @@ class Injection {
   static void Arm(Layer layer, long call, Behaviour behaviour, int error = 0);
   static void OnCancel(void (*cancel)());
   static bool Disarm();  // whether it came to a failure
-  static long Calls();   // of the layer since Arm
+  // Whether the call that failed was one that opens a path or asks for a path's status.
+  static bool StruckAtOpening();
+  static long Calls();  // of the layer since Arm
 
   // For the redirected calls: whether this one is to fail.
-  static bool Strikes(Layer layer);
+  static bool Strikes(Layer layer, bool opens = false);
   static int Error();
   static bool Kills();
 
