@@ -202,7 +202,7 @@ TEST(FileError, IsNotWhatARefusedRequestAnswers) {
 
 // Looks into the picture as a platform does, and cannot read it.
 bool FailToReadScreennail(const char* path) {
-  Injection::Arm(Layer::kFiles, 4, Behaviour::kFailOnce, EIO);
+  Injection::Arm(Layer::kFiles, 4, Behaviour::kFailOnce, ESTALE);
   ReadWithAHandle("", path);
   EXPECT_TRUE(Injection::Disarm());
   EXPECT_FALSE(Injection::StruckAtOpening());

@@ -122,16 +122,17 @@ TEST_F(MemoryTest, MissingForABackupListReleasesWhatThereWasOfIt) {
   Scan();
   DataBaseMgr* database = DataBaseMgr::GetInstance();
   ASSERT_NE(database->OpenDB(db_.c_str()), 0);
-  bool complete = false;
-  for (long call = 1; !complete; ++call) {
+  bool struck = true;
+  for (long call = 1; struck; ++call) {
     SCOPED_TRACE("call " + std::to_string(call));
     const size_t before = QuietPlatform::Get().errorLines;
     const orx::FaultWatch watch;
     int count = 0;
     BackupClassElement* head = nullptr;
     Injection::Arm(Layer::kMemory, call, Behaviour::kFailOnce, ENOMEM);
-    complete = database->GetClassElementListForBackup(&count, &head) != 0;
-    EXPECT_TRUE(Injection::Disarm() || complete);
+    const bool complete = database->GetClassElementListForBackup(&count, &head) != 0;
+    struck = Injection::Disarm();
+    EXPECT_TRUE(struck || complete);
     // A query that fails is silent.
     EXPECT_EQ(QuietPlatform::Get().errorLines > before, watch.Seen());
     EXPECT_EQ(head == nullptr, !complete);
