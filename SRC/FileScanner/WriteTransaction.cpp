@@ -58,11 +58,17 @@ ScanTransaction::Outcome ScanTransaction::RunOnce(DataBaseMgr* database, Writing
   writing.kind = kind;
   writing.failure = writing.again = SQLITE_OK;
   if (kind == Writing::Kind::kTransaction) {
-    database->Exec(kBegin);
+    Begin(database);
     writing.changesBefore = sqlite3_total_changes(DataBaseMgr::ppDataBase);
   }
-  Guarded(__func__, [&scan] { scan(); });
+  if (!writing.Stopped()) Guarded(__func__, [&scan] { scan(); });
   return End(database);
+}
+
+// What is written without a transaction could not be undone.
+void ScanTransaction::Begin(DataBaseMgr* database) {
+  int code = SQLITE_OK;
+  if (database->Exec(kBegin, &code) == 0 && IsMachineCode(code)) database->FailWriting(code);
 }
 
 ScanTransaction::Outcome ScanTransaction::End(DataBaseMgr* database) {
@@ -139,7 +145,7 @@ WriteTransaction::WriteTransaction(DataBaseMgr* database) : database_(database) 
   Writing& writing = *database->writing_;
   writing.kind = Writing::Kind::kTransaction;
   writing.failure = writing.again = SQLITE_OK;
-  database->Exec(kBegin);
+  ScanTransaction::Begin(database);
 }
 
 bool WriteTransaction::End() {

@@ -57,6 +57,7 @@ class ScanTransaction {
   enum class Outcome { kKept, kUndone, kAgain };
   static Outcome RunOnce(DataBaseMgr* database, Writing::Kind kind,
                          const std::function<void()>& scan);
+  static void Begin(DataBaseMgr* database);
   static Outcome End(DataBaseMgr* database);
   friend class WriteTransaction;
 };

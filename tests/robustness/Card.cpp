@@ -185,8 +185,7 @@ void CardTest::ChangeSmallCard() const {
   Write("103PHOTO/IMGA0009.JPG", MakeJpeg(1000, 700));
 }
 
-int CardTest::Scan() const {
-  int status = 0;
+int CardTest::Scan(int status) const {
   if (DirectoryScanner* scanner = DirectoryScanner::GetInstance(); scanner != nullptr) {
     scanner->SetDlnaProfiles(pProfiles);
     (scanner->*Of(kind_).scan)(card_.c_str(), db_.c_str(), &status);

@@ -31,7 +31,8 @@ class CardTest : public testing::Test {
   void WriteSmallCard() const;  // five media in three folders, and something else
   // Takes a file and a folder away, changes a file and adds one.
   void ChangeSmallCard() const;
-  int Scan() const;  // with a scanner of its own; the status
+  // With a scanner of its own; the status, which is `status` before.
+  int Scan(int status = 0) const;
   // The platform as it is for the kind of scan, sharing what is on the card.
   QuietPlatform& ResetPlatform() const;
   void ForgetList() const;  // of shared files, which some scans keep for the next

@@ -1,9 +1,7 @@
 // Names and entries of a card that a stranger made.
 #include <fcntl.h>
-#include <linux/capability.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -15,6 +13,7 @@
 
 #include "FileScanner/DirectoryScanner.h"
 #include "robustness/Card.h"
+#include "robustness/NoPrivilege.h"
 #include "support/CardMount.h"
 #include "support/JpegBuilder.h"
 #include "support/Mp4Builder.h"
@@ -189,24 +188,6 @@ TEST_F(HostileNamesTest, OfFoldersAreRecordedUpToTheLongestPath) {
         << length;
   EXPECT_EQ(Rows(contents, InCard("100PHOTO/IMGA0001.JPG")), 2);
 }
-
-// Takes the privilege of reading everything away from this process, which may be root's.
-class NoPrivilege {
- public:
-  NoPrivilege() {
-    syscall(SYS_capget, &header_, before_);
-    __user_cap_data_struct without[2] = {before_[0], before_[1]};
-    without[0].effective &= ~(1u << CAP_DAC_OVERRIDE | 1u << CAP_DAC_READ_SEARCH);
-    syscall(SYS_capset, &header_, without);
-  }
-  ~NoPrivilege() { syscall(SYS_capset, &header_, before_); }
-  NoPrivilege(const NoPrivilege&) = delete;
-  NoPrivilege& operator=(const NoPrivilege&) = delete;
-
- private:
-  __user_cap_header_struct header_ = {_LINUX_CAPABILITY_VERSION_3, 0};
-  __user_cap_data_struct before_[2] = {};
-};
 
 TEST_F(HostileNamesTest, OfUnreadableFilesAndFoldersLeaveNoRow) {
   Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
