@@ -177,13 +177,16 @@ int DataBaseMgr::InsertObject(const SqlStatement& insert, MediaMetaData* record)
   return 1;
 }
 
-// A row whose id cannot be read is of no use, and what belongs to it neither.
+// A row whose id cannot be read is of no use, and what belongs to it neither.  A scan that meets
+// damage here runs once more.
 void DataBaseMgr::AdoptId(MediaMetaData* record) {
   Query(SqlStatement("select id from ObjectTable where FullPath = \"%s\"")
             .TextOrBlank(record->GetFullPath()));
   if (!vdata.empty())
     record->SetUniqueID(vdata[vdata.size() - static_cast<size_t>(nColumns)].c_str());
-  if (orx::IsMachineCode(nLastResult)) FailWriting(nLastResult);
+  const bool alone = writing_->kind == orx::Writing::Kind::kPair;
+  if (orx::IsUnanswered(nLastResult) && (alone || !orx::IsDamageCode(nLastResult)))
+    FailWriting(nLastResult);
   NoteDamagedItem(*record);
 }
 

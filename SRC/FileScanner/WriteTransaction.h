@@ -33,8 +33,11 @@ struct Writing {
 // Whether SQLite's code says that the machine failed, and nothing about the statement.
 bool IsMachineCode(int code);
 bool IsDamageCode(int code);
-// Whether a question that ended with the code is open: neither answered nor refused.
-inline bool IsUnanswered(int code) { return IsMachineCode(code) || IsDamageCode(code); }
+// Whether a question that ended with the code is open: neither answered nor refused for what it
+// says.
+inline bool IsUnanswered(int code) {
+  return IsMachineCode(code) || IsDamageCode(code) || (code & 0xFF) == SQLITE_AUTH;
+}
 
 // A scan of the open database, from BEGIN to COMMIT.
 //
