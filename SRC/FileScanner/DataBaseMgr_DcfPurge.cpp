@@ -77,6 +77,7 @@ class DataBaseMgr::DcfPurge {
     LogDirectory(rootPath);
     ORX_LOG_TIME(">>>> ObjectTable create stop");
     for (int row = 0; row < children.rows; ++row) {
+      if (database_.writing_->Stopped()) return;
       if (database_.Cancelled()) {
         ORX_LOG_INFO("break in DeleteInvalidItemsInDB\n");
         return;

@@ -185,7 +185,8 @@ class ORX_API DirectoryScanner {
   using AddDirectory = char* (DirectoryScanner::*)(const char* path, const char* parentId);
   char* FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add, int* status);
   bool Stopped() const;  // by a cancel, or because nothing can be written
-  static bool LeavesUnanswered(const char* dir);
+  static int LastQuery();
+  static bool LeavesUnanswered(const char* dir, int code);
   void ScanEntries(ORXFSHandler* handler, const char* dir, const char* id, int* status);
 
   orx::OwnedText profileLists_;

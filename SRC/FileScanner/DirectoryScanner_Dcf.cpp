@@ -271,7 +271,8 @@ void DirectoryScanner::DcfScan::WalkDirectories(const char* rootId, int* status)
       break;
     }
     AddFilesOf(mode_.list.directoryName(directory), rootId, status);
-    if (FilesLeft() && Cancelled()) ORX_LOG_INFO("%s", mode_.cancelledBetweenFiles);
+    if (FilesLeft() && Cancelled() && !orx::ScanTransaction::GivenUp())
+      ORX_LOG_INFO("%s", mode_.cancelledBetweenFiles);
   }
   if (!mode_.reportsAddedFiles) return;
   const int listed = mode_.list.fileCount();
@@ -294,7 +295,7 @@ void DirectoryScanner::DcfScan::AddFilesOf(const std::string& directoryName, con
   const orx::RawTable table(rows);
   orx::KnownPaths known(rows, count);
   // Where the machine failed, its files are left to the next scan.
-  const bool skipped = DirectoryScanner::LeavesUnanswered(dirPath.c_str()) || watch.Seen();
+  const bool skipped = LeavesUnanswered(dirPath.c_str(), LastQuery()) || watch.Seen();
 
   for (; FilesLeft() && !Stopped(); ++nextFile_) {
     const ListedFile file = mode_.list.file(nextFile_);

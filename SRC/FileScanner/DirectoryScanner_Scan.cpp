@@ -128,30 +128,33 @@ void DirectoryScanner::_ScanDir(const char* dir, const char* parentId, int* stat
 }
 
 // The id of the directory's row, which `add` makes when there is none; null, and a fault is noted,
-// when the database does not say.
+// when the database does not say.  Where the row is damaged, an index may still have its id.
 char* DirectoryScanner::FindOrAddDirectory(const char* dir, const char* parentId, AddDirectory add,
                                            int* status) {
   const orx::TextPtr utf8(StringUtiltiy::GetUtf8FromTChar(dir));
-  const bool known = IsInDB(dir);
-  if (LeavesUnanswered(dir)) return nullptr;
-  if (known && IsValid(dir) == 0) {
-    char* id = DataBaseMgr::GetInstance()->GetUniqueIdForPath(utf8.get());
-    if (LeavesUnanswered(dir)) {
-      ORXMemory::Free(id);
-      return nullptr;
-    }
-    return id != nullptr ? id : ORXCString::DupCopy(kNoParent);
+  const bool known = IsInDB(dir) && IsValid(dir) == 0;
+  const int answer = LastQuery();
+  if (!known && !orx::IsUnanswered(answer)) {
+    if (status != nullptr) *status = 1;
+    return (this->*add)(utf8.get(), parentId);
   }
-  if (status != nullptr) *status = 1;
-  return (this->*add)(utf8.get(), parentId);
+  char* id = DataBaseMgr::GetInstance()->GetUniqueIdForPath(utf8.get());
+  if (id != nullptr) return id;
+  if (LeavesUnanswered(dir, answer) || LeavesUnanswered(dir, LastQuery())) return nullptr;
+  return ORXCString::DupCopy(kNoParent);
 }
 
-// Whether the database manager's last query could not be answered, because the machine fails or the
-// database is damaged: the directory that it was about is left to the next scan.
-bool DirectoryScanner::LeavesUnanswered(const char* dir) {
+// SQLite's code.
+int DirectoryScanner::LastQuery() {
   const DataBaseMgr* database = DataBaseMgr::mpThisInstance;
-  if (database == nullptr || !orx::IsUnanswered(database->nLastResult)) return false;
-  orx::NoteLeftOut(dir, sqlite3_errstr(database->nLastResult));
+  return database != nullptr ? database->nLastResult : SQLITE_OK;
+}
+
+// Whether a query with this code could not be answered, because the machine fails or the database
+// is damaged: the directory that it was about is left to the next scan.
+bool DirectoryScanner::LeavesUnanswered(const char* dir, int code) {
+  if (!orx::IsUnanswered(code)) return false;
+  orx::NoteLeftOut(dir, sqlite3_errstr(code));
   return true;
 }
 
@@ -162,7 +165,7 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
   int count = 0;
   GetArrayOfFullPath(id, &rows, &count);
   const orx::RawTable table(rows);
-  if (LeavesUnanswered(dir)) return;  // or all that is in it would be taken for new
+  const bool leavesFiles = LeavesUnanswered(dir, LastQuery());  // or all would be taken for new
   orx::KnownPaths known(rows, count);
 
   // Not on the stack: a deep tree has one of these for each level.
@@ -176,7 +179,7 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
     } else if (entry->type == kDirectoryEntry) {
       ORX_LOG_INFO("[DirectoryScanner::_ScanDir] DIRECTORY '%s'", fullPath);
       _ScanDir(fullPath, id, nullptr);
-    } else if (!known.Contains(fullPath)) {
+    } else if (!leavesFiles && !known.Contains(fullPath)) {
       if (HandleFile(dir, id, entry->name, fullPath) != 0 && status != nullptr) *status = 1;
     }
   }
