@@ -29,10 +29,11 @@ std::string LinkText(const std::string& path) {
   return text;
 }
 
-// A name that is too long for the system is no file.
+// A name that is too long for the system is no file.  SQLite makes no links of these names, and would
+// write where one leads.
 bool IsHarmless(const std::string& sideFile) {
   struct stat64 status = {};
-  if (stat64(sideFile.c_str(), &status) == 0) return S_ISREG(status.st_mode);
+  if (lstat64(sideFile.c_str(), &status) == 0) return S_ISREG(status.st_mode);
   return errno == ENOENT || errno == ENAMETOOLONG;
 }
 

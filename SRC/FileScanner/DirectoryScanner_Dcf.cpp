@@ -16,6 +16,7 @@
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
+#include "OSAL/LocalTimeScope.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/StringUtiltiy.h"
@@ -198,6 +199,7 @@ const DirectoryScanner::DcfScan::Mode DirectoryScanner::DcfScan::kBackup = {
 
 // The database is closed at the end of every scan and opened again by the next one.
 void DirectoryScanner::DcfScan::Run(const char* dir, const char* dbPath, int* status) try {
+  const orx::LocalTimeScope zone;
   const std::string row(mode_.bannerLength, '=');
   ORX_LOG_INFO("%s", row.c_str());
   ORX_LOG_INFO("%s [%s], to db (%s) \n", mode_.banner, OrEmpty(dir), OrEmpty(dbPath));

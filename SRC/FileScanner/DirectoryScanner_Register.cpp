@@ -12,6 +12,7 @@
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/PlatformRecord.h"
 #include "OSAL/Fault.h"
+#include "OSAL/LocalTimeScope.h"
 #include "OSAL/ORXLog.h"
 #include "OSAL/TextPtr.h"
 #include "OSAL/UniqueValueGenerator.h"
@@ -223,6 +224,7 @@ int DirectoryScanner::HandleFileAutoBackup(const char* dir, const char* parentId
 int DirectoryScanner::ParseAndRegisterFile(const char* dbPath, const char* fullPath,
                                            const char* parent) try {
   if (fullPath == nullptr || strrchr(fullPath, '/') == nullptr) return kFailed;
+  const orx::LocalTimeScope zone;
   const orx::FaultWatch watch;
   std::unique_ptr<MediaMetaData> record;
   {

@@ -13,6 +13,7 @@
 #include "FileScanner/SqlConnection.h"
 #include "FileScanner/WriteTransaction.h"
 #include "OSAL/Fault.h"
+#include "OSAL/LocalTimeScope.h"
 #include "OSAL/ORXCString.h"
 #include "OSAL/ORXFSHandler.h"
 #include "OSAL/ORXLog.h"
@@ -68,6 +69,7 @@ char* AddDirectoryRow(DirectoryScanner* scanner, const char* path, const char* p
 }  // namespace
 
 void DirectoryScanner::ScanDir(const char* dir, const char* dbPath, int* status) {
+  const orx::LocalTimeScope zone;
   ORX_LOG_INFO("%s", kBanner);
   ORX_LOG_INFO("Scanning Directory is [%s], to db (%s)", OrEmpty(dir), OrEmpty(dbPath));
   ORX_LOG_INFO("%s", kBanner);

@@ -309,6 +309,14 @@ TEST_F(NoDatabase, IsALinkToAFileWithAFifoBesideIt) {
   ExpectRefused(directory_.Path("link.db"));
 }
 
+// SQLite would write where the link leads.
+TEST_F(NoDatabase, IsAFileWithALinkAsItsJournal) {
+  ASSERT_EQ(OpenAndClose(path_), 1);
+  directory_.Write("letter.txt", "dear reader");
+  fs::create_symlink("letter.txt", path_ + "-journal");
+  ExpectRefused(path_);
+}
+
 TEST_F(NoDatabase, IsMadeBesideAFifo) {
   for (const char* ending : {"-journal", "-wal", "-shm"}) {
     MakeFifo(std::string("media.db") + ending);

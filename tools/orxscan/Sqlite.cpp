@@ -23,7 +23,7 @@ void CheckSideFiles(const std::string& path, const std::string& name) {
   const std::filesystem::path behindLinks = std::filesystem::canonical(path, error);
   const std::string place = error ? path : behindLinks.string();
   for (const char* ending : {"-journal", "-wal", "-shm"}) {
-    const auto status = std::filesystem::status(place + ending, error);
+    const auto status = std::filesystem::symlink_status(place + ending, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
       throw Failure("database {}: the file {} beside it is not a regular file", name, ending);
   }
