@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <string>
+#include <utility>
 
 #include "FileScanner/CancelRequests.h"
 #include "FileScanner/DataBaseGuard.h"
@@ -202,27 +203,40 @@ orx::QueryResult DataBaseMgr::Result() {
   return {&nLastResult, &nRows, &nColumns, &vcol_head, &vdata};
 }
 
-// Does for a statement with bound values what ExecSqlStatment does for a text.
+// Does for a statement with bound values what ExecSqlStatment does for a text.  The members are
+// filled at the end: until then a hook of the host's may run queries of its own.
 int DataBaseMgr::Query(const orx::SqlStatement& statement) {
-  const orx::QueryResult to = Result();
-  return Read(statement, to, [&](sqlite3_stmt* row) {
-    *to.columns = sqlite3_column_count(row);
-    for (int i = 0; i < *to.columns; ++i) {
-      if (*to.rows == 0) to.names->emplace_back(sqlite3_column_name(row, i));
-      to.cells->emplace_back(CellText(row, i));
+  int code = SQLITE_OK;
+  int rows = 0;
+  int columns = 0;
+  std::vector<std::string> names = std::move(vcol_head);
+  std::vector<std::string> cells = std::move(vdata);
+  const int answered = Read(statement, {&code, &rows, &columns, &names, &cells}, [&](auto* row) {
+    columns = sqlite3_column_count(row);
+    for (int i = 0; i < columns; ++i) {
+      if (rows == 0) names.emplace_back(sqlite3_column_name(row, i));
+      cells.emplace_back(CellText(row, i));
     }
-    ++*to.rows;
+    ++rows;
   });
+  nLastResult = code;
+  nRows = rows;
+  nColumns = columns;
+  vcol_head = std::move(names);
+  vdata = std::move(cells);
+  return answered;
 }
 
 orx::ResultRows DataBaseMgr::Fetch(const orx::SqlStatement& statement) {
   orx::ResultRows fetched;
-  const orx::QueryResult to = {&nLastResult, &fetched.rows, &fetched.columns, nullptr, nullptr};
-  fetched.ok = Read(statement, to, [&](sqlite3_stmt* row) {
-                 fetched.columns = sqlite3_column_count(row);
-                 for (int i = 0; i < fetched.columns; ++i) fetched.AddCell(CellText(row, i));
-                 ++fetched.rows;
-               }) == 1;
+  int code = SQLITE_OK;
+  fetched.ok = Read(statement, {&code, &fetched.rows, &fetched.columns, nullptr, nullptr},
+                    [&](sqlite3_stmt* row) {
+                      fetched.columns = sqlite3_column_count(row);
+                      for (int i = 0; i < fetched.columns; ++i) fetched.AddCell(CellText(row, i));
+                      ++fetched.rows;
+                    }) == 1;
+  nLastResult = code;
   if (!fetched.ok) return {};  // nor what was read before the failure
   return fetched;
 }

@@ -1,5 +1,7 @@
 // The rows of the object table: one a file or directory, in the layout of the sharing mode.
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "FileScanner/DataBaseGuard.h"
 #include "FileScanner/DataBaseMgr.h"
@@ -204,8 +206,9 @@ bool DataBaseMgr::IsInDB(const TChar* fullPath) {
 
 void DataBaseMgr::DeleteItemFromDB(const char* fullPath) {
   Query(SqlStatement("select id,class from ObjectTable where FullPath = \"%s\"").Text(fullPath));
-  for (size_t row = 0; row + 1 < vdata.size(); row += 2)
-    RemoveIdFromTables(vdata[row].c_str(), ORXAString::Integer(vdata[row + 1].c_str()));
+  const std::vector<std::string> cells = std::move(vdata);  // hooks may fill it anew
+  for (size_t row = 0; row + 1 < cells.size(); row += 2)
+    RemoveIdFromTables(cells[row].c_str(), ORXAString::Integer(cells[row + 1].c_str()));
   vdata.clear();
 }
 

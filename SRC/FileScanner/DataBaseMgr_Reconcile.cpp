@@ -29,7 +29,8 @@ namespace {
 struct OpenContainer {
   std::string path;
   ResultRows children;
-  ResultRows sizes;  // of the children, where one query brought them all
+  ResultRows sizes;          // of the children, where one query brought them all
+  size_t removedBefore = 0;  // items, when the sizes were asked for
   int next = 0;
 };
 
@@ -38,8 +39,8 @@ class WayDown {
  public:
   bool empty() const { return open_.empty(); }
   OpenContainer& back() { return open_.back(); }
-  void Enter(std::string path, ResultRows children, ResultRows sizes = {}) {
-    open_.push_back({std::move(path), std::move(children), std::move(sizes), 0});
+  void Enter(std::string path, ResultRows children, ResultRows sizes = {}, size_t removed = 0) {
+    open_.push_back({std::move(path), std::move(children), std::move(sizes), removed, 0});
   }
   void Leave() { open_.pop_back(); }
   bool FirstVisit(const std::string& id) { return visited_.insert(id).second; }
@@ -125,13 +126,12 @@ void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
   Query(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
   if (vdata.empty()) return;
   if (foundStale != nullptr) *foundStale = 1;
-  for (int row = 0; row < nRows && !Cancelled(); ++row) {
-    // The second column is the class in the full layout only; in the backup layout it is the title,
-    // and what its leading digits say counts.
-    const size_t id = static_cast<size_t>(row) * static_cast<size_t>(nColumns);
-    if (id + 1 >= vdata.size()) break;
-    RemoveIdFromTables(vdata[id].c_str(), ORXAString::Integer(vdata[id + 1].c_str()));
-  }
+  const std::vector<std::string> cells = std::move(vdata);  // hooks may fill it anew
+  const size_t columns = static_cast<size_t>(nColumns);
+  // The second column is the class in the full layout only; in the backup layout it is the title,
+  // and what its leading digits say counts.
+  for (size_t id = 0; id + 1 < cells.size() && !Cancelled(); id += columns)
+    RemoveIdFromTables(cells[id].c_str(), ORXAString::Integer(cells[id + 1].c_str()));
   vdata.clear();
 }
 
@@ -163,7 +163,7 @@ class DataBaseMgr::PurgeWalk {
   static constexpr char kVideoSize[] = "select size from VideoTable where FullPath = \"%s\"";
   // Both for all children of a container at once, in the order of its children.
   static constexpr char kSizes[] =
-      "select case class when 1 then "
+      "select case cast(class as integer) when 1 then "
       "(select size from ImageTable where FullPath = Child.FullPath limit 1) when 3 then "
       "(select size from VideoTable where FullPath = Child.FullPath limit 1) end "
       "from ObjectTable as Child where parentID = \"%s\"";
@@ -182,7 +182,7 @@ class DataBaseMgr::PurgeWalk {
     if (children.rows == 0) return;
     ResultRows sizes =
         HasSizes(children) ? database_.Fetch(SqlStatement(kSizes).Text(id)) : ResultRows();
-    way_.Enter(path, std::move(children), std::move(sizes));
+    way_.Enter(path, std::move(children), std::move(sizes), removed_);
   }
 
   static bool HasSizes(const ResultRows& children) {
@@ -211,15 +211,16 @@ class DataBaseMgr::PurgeWalk {
                        DirectoryPart(path) == here.path;
     if (valid || watch.Seen()) return;
     database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
-    removed_.insert(path);
+    ++removed_;
   }
 
   // The size in bytes from the media row, 0 when there is none.  False when it cannot be asked for.
   bool RecordedSize(int row, const std::string& path, int mediaClass, uint32_t* size) {
     const ResultRows& sizes = way_.back().sizes;
     if (mediaClass != orx::kImageClass && mediaClass != orx::kVideoClass) return true;
-    // A path whose row went may have another row, with a size of its own.
-    if (row >= sizes.rows || removed_.count(path) > 0 || path.find('"') != std::string::npos)
+    const bool stale =
+        way_.back().removedBefore != removed_;  // a media row that counted may be gone
+    if (row >= sizes.rows || stale || path.find('"') != std::string::npos)
       return QueriedSize(path, mediaClass, size);
     *size = SizeOf(sizes, row, mediaClass);
     return true;
@@ -240,7 +241,7 @@ class DataBaseMgr::PurgeWalk {
   DataBaseMgr& database_;
   ORXFSHandler files_;
   WayDown way_;
-  std::unordered_set<std::string> removed_;  // paths
+  size_t removed_ = 0;  // items so far
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {

@@ -243,8 +243,9 @@ CompiledStatement StatementCache::Get(sqlite3* connection, const SqlStatement& s
 
   *code =
       sqlite3_prepare_v3(connection, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &kept, nullptr);
-  if (kept != nullptr) Keep(statement, byPattern, sql, kept);
-  return CompiledStatement::Kept(kept);
+  if (kept == nullptr || Keep(statement, byPattern, sql, kept))
+    return CompiledStatement::Kept(kept);
+  return CompiledStatement::Own(kept);
 }
 
 // Leaves the text in `sql` when it had to be formed.
@@ -259,15 +260,17 @@ sqlite3_stmt* StatementCache::Find(const SqlStatement& statement, bool byPattern
   return known != compiled_.end() ? known->second : nullptr;
 }
 
-void StatementCache::Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
+// False when a hook of the host's, which ran while SQLite compiled it, had it compiled before.
+bool StatementCache::Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
                           sqlite3_stmt* compiled) {
   try {
-    compiled_.emplace(sql, compiled);
+    if (!compiled_.emplace(sql, compiled).second) return false;
   } catch (const std::bad_alloc&) {
     sqlite3_finalize(compiled);
     throw;
   }
   if (byPattern) ofPattern_.emplace(statement.pattern_, compiled);
+  return true;
 }
 
 void StatementCache::Clear() {

@@ -75,6 +75,7 @@ class CompiledStatement {
   // Null, with SQLite's code in `code`, when `sql` does not compile.
   static CompiledStatement New(sqlite3* connection, const std::string& sql, int* code);
   static CompiledStatement Kept(sqlite3_stmt* statement) { return {statement, true}; }
+  static CompiledStatement Own(sqlite3_stmt* statement) { return {statement, false}; }
   ~CompiledStatement();
   CompiledStatement(CompiledStatement&& other) noexcept
       : statement_(std::exchange(other.statement_, nullptr)), kept_(other.kept_) {}
@@ -105,7 +106,7 @@ class StatementCache {
 
  private:
   sqlite3_stmt* Find(const SqlStatement& statement, bool byPattern, std::string* sql) const;
-  void Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
+  bool Keep(const SqlStatement& statement, bool byPattern, const std::string& sql,
             sqlite3_stmt* compiled);
 
   sqlite3* connection_ = nullptr;
