@@ -1,8 +1,10 @@
-// Cancels scans from a second thread, as a host does; ThreadSanitizer ends the program when that is
-// not clean.
+// Cancels scans from a second thread, as a host does, also while they wait for somebody's lock;
+// ThreadSanitizer ends the program when that is not clean.
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -10,6 +12,7 @@
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
+#include "FileScanner/MultimediaQueryMgr.h"
 #include "fuzz/support/QuietPlatform.h"
 #include "support/CardMount.h"
 #include "support/JpegBuilder.h"
@@ -113,6 +116,35 @@ bool CardScansAreClean(const orx_test::TempDir& directory) {
   return full && objectOnly && backup;
 }
 
+// A scan and a query on another thread, both of which wait for a lock until the host cancels: the
+// scan is undone, the query answers that it failed.
+bool WaitsAreClean(const std::string& card, const std::string& db) {
+  sqlite3* other = nullptr;
+  sqlite3_open(db.c_str(), &other);
+  sqlite3_exec(other, "begin exclusive", nullptr, nullptr, nullptr);
+  DirectoryScanner* scanner = DirectoryScanner::GetInstance();
+  scanner->SetDlnaProfiles(pProfiles);
+  std::atomic<int> answered{-1};
+  std::thread query([&] {
+    MultimediaQueryMgr manager;
+    manager.ConnectDB(db.c_str());
+    answered = manager.ExecSqlStatment("select id from ObjectTable");
+    manager.DisconnectDB();
+  });
+  std::thread cancel([scanner] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    scanner->CancelScanDirectory();
+  });
+  int status = 7;
+  scanner->ScanDir(card.c_str(), db.c_str(), &status);
+  query.join();
+  cancel.join();
+  sqlite3_close(other);
+  DirectoryScanner::DestroyInstance();
+  printf("cancelled waits: query %d, status %d\n", answered.load(), status);
+  return answered == 0 && status == 7;
+}
+
 }  // namespace
 
 int main() {
@@ -122,7 +154,8 @@ int main() {
     directory.Write("card/IMGA" + std::to_string(1000 + file) + ".JPG", orx_test::MakeJpeg());
   orx_test::QuietPlatform::Get().onLine = Wait;
   if (!RowsGrow("folder scan", &DirectoryScanner::ScanDir, directory.Path("card"),
-                directory.Path("media.db")))
+                directory.Path("media.db")) ||
+      !WaitsAreClean(directory.Path("card"), directory.Path("media.db")))
     return 1;
   if (!orx_test::CardMount::Problem().empty()) {
     printf("scans of shared files are left out: %s\n", orx_test::CardMount::Problem().c_str());
