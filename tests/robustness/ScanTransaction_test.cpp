@@ -106,8 +106,9 @@ TEST_P(ScanTransactionTest, RunsNothingButItsStatementsAndOneCountInAFirstScan) 
 }
 
 TEST_P(ScanTransactionTest, RunsNothingButItsStatementsAndOneCountInALaterScan) {
-  Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
   Write("100PHOTO/IMGA0002.JPG", MakeJpeg());
+  // A list without files would have no folders either; in a walk the disk's order would count.
+  if (kind_ != ScanKind::kFolder) Write("100PHOTO/IMGA0001.JPG", MakeJpeg());
   ScanAnew();
   std::filesystem::remove(InCard("100PHOTO/IMGA0002.JPG"));
   const std::string gone = IdOf("100PHOTO/IMGA0002.JPG");
