@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "tools/CommandTest.h"
 
 namespace {
@@ -68,6 +70,38 @@ TEST_F(Command, TakesNoEmptyTextForAnArgumentThatIsLeftOut) {
                 "--parent: the text is empty (see orxscan --help)");
   ExpectFailure({"card", card_, database_, "--mode", "0", "--list", ""},
                 "--list: the text is empty (see orxscan --help)");
+}
+
+// ---- with standard streams closed ----
+
+class ClosedStreams : public Command, public testing::WithParamInterface<int> {
+ protected:
+  // Bit 0 stands for standard input, bit 1 for output, bit 2 for errors.
+  ProcessResult RunClosed(const std::vector<std::string>& arguments) const {
+    return orx_test::RunProcess(CommandLine(arguments), {}, [] {
+      for (int stream = 0; stream < 3; ++stream)
+        if ((GetParam() >> stream & 1) != 0) close(stream);
+    });
+  }
+  static bool OutputIsClosed() { return (GetParam() & 2) != 0; }
+};
+INSTANTIATE_TEST_SUITE_P(Streams, ClosedStreams, testing::Range(1, 8));
+
+TEST_P(ClosedStreams, LeaveAQuietScanAsItIs) {
+  const ProcessResult result = RunClosed({"scan", card_, database_, "--quiet"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(Cell("SELECT count(*) FROM ImageTable"), "4");
+  EXPECT_EQ(Cell("PRAGMA integrity_check"), "ok");
+}
+
+TEST_P(ClosedStreams, FailWhatHasToBeSaid) {
+  const ProcessResult result = RunClosed({"scan", card_, database_});
+  EXPECT_EQ(result.status, OutputIsClosed() ? 1 : 0) << result.errors;
+  EXPECT_EQ(Cell("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(RunClosed({"query", database_, "SELECT hex(zeroblob(100000))"}).status,
+            OutputIsClosed() ? 1 : 0);
+  EXPECT_EQ(RunClosed({"info", card_ + "/README.TXT"}).status, 1);
+  EXPECT_EQ(RunClosed({"polish"}).status, 1);
 }
 
 TEST_F(Command, LetsNoControlCharactersOfAnArgumentThrough) {

@@ -84,8 +84,13 @@ std::string Seconds(double seconds) {
   return seconds < 10 ? fmt::format("{:.3f} s", seconds) : fmt::format("{:.1f} s", seconds);
 }
 
+void Complain(const std::string& message) {
+  const std::string line = "orxscan: " + Printable(message) + "\n";
+  if (fputs(line.c_str(), stderr) < 0) return;  // nobody is there to be told
+}
+
 void FinishOutput() {
-  if (fflush(stdout) != 0 || ferror(stdout) != 0) throw Failure("cannot write the output");
+  if (fflush(stdout) != 0 || ferror(stdout) != 0) throw Failure("{}", kCannotWrite);
 }
 
 const char* ClassName(int mediaClass) {

@@ -9,6 +9,8 @@
 
 namespace orxscan {
 
+constexpr char kCannotWrite[] = "cannot write the output";
+
 enum ExitStatus { kDone = 0, kFailed = 1, kCancelled = 130 };
 
 // Ends the command with one line on standard error and the exit status kFailed.  Texts from outside
@@ -35,6 +37,10 @@ void PrintJson(const nlohmann::ordered_json& value);
 
 // "0.012 s", "75.3 s"
 std::string Seconds(double seconds);
+
+// Writes "orxscan: " and the message, made printable, as a line on standard error.  Never throws:
+// the stream may be closed.
+void Complain(const std::string& message);
 
 // Sees to it that all output has reached its place; a Failure when it has not.
 void FinishOutput();

@@ -1,20 +1,23 @@
 // orxscan: makes and keeps a media database of a folder.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iterator>
+#include <new>
 #include <string>
 
 #include "Commands.h"
 #include "Output.h"
+#include "StandardStreams.h"
 
 namespace {
 
 using namespace orxscan;
 
 int Fail(const std::string& message, int status = kFailed) {
-  fmt::print(stderr, "orxscan: {}\n", Printable(message));
+  Complain(message);
   return status;
 }
 
@@ -27,6 +30,13 @@ void RefuseEmptyTexts(const CLI::App& command) {
         throw Failure("{}: the text is empty (see orxscan --help)", option->get_name());
 }
 
+// What is said about a failure: a stream that takes no more says so in its own way.
+std::string Described(const std::exception& failure) {
+  if (ferror(stdout) != 0) return kCannotWrite;
+  return dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ? "out of memory"
+                                                                  : failure.what();
+}
+
 int RunCommand(const Command& command) {
   try {
     RefuseEmptyTexts(*command.app);
@@ -35,7 +45,7 @@ int RunCommand(const Command& command) {
     return status;
   } catch (const std::exception& failure) {
     fflush(stdout);
-    return Fail(failure.what(), command.failed);
+    return Fail(Described(failure), command.failed);
   }
 }
 
@@ -44,7 +54,9 @@ int Run(int argc, char** argv) {
                "orxscan");
   app.set_version_flag("--version", "orxscan " ORXSCAN_VERSION);
   app.require_subcommand(1);
-  app.footer("Exit status: 0 done, 1 could not, 130 cancelled; diff and check tell theirs.");
+  app.footer(
+      "Exit status: 0 done, 1 could not, or something that belongs in the database is not in it, "
+      "130 cancelled; diff and check tell theirs.");
   const Command commands[] = {
       AddScanCommand(&app),  AddCardCommand(&app),       AddRegisterCommand(&app),
       AddInfoCommand(&app),  AddShowCommand(&app),       AddQueryCommand(&app),
@@ -76,6 +88,8 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (!FillStandardStreams()) return kFailed;  // and there is nowhere to say why
+  signal(SIGXFSZ, SIG_IGN);                    // a file that grows too large is a failed write
   try {
     return Run(argc, argv);
   } catch (const std::exception& failure) {
