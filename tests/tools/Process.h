@@ -7,6 +7,19 @@
 
 namespace orx_test {
 
+// Whether the tests, and the programs that they run, are built with AddressSanitizer.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+#else
+constexpr bool kSanitized = false;
+#endif
+
 struct ProcessResult {
   int status = -1;     // exit status, or 128 + the signal that ended it
   std::string output;  // standard output; on a terminal, everything

@@ -1,8 +1,12 @@
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "tools/CommandTest.h"
 
 namespace {
 
 using nlohmann::json;
+using orx_test::kSanitized;
 using orx_test::ProcessResult;
 
 class QueryCommand : public orx_test::CommandTest {
@@ -129,6 +133,59 @@ TEST_F(QueryCommand, SaysWhyAStatementFailsWhileItRuns) {
   MakeBackupDatabase();
   ExpectRefused("SELECT abs(-9223372036854775808)",
                 "database '" + database_ + "': integer overflow");
+}
+
+// ---- answers without end ----
+
+constexpr char kEndless[] =
+    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT i, 'row ' || i FROM n";
+
+// The first lines of the answer; the command is given little memory, and loses its reader then.
+std::string FirstLines(const std::string& database, const std::string& sql, int lines,
+                       const std::string& options = "") {
+  const ProcessResult result =
+      orx_test::RunProcess({"/bin/sh", "-c",
+                            "'" ORXSCAN_COMMAND "' query '" + database + "' \"" + sql + "\" " +
+                                options + " | head -n " + std::to_string(lines) + " | tail -n 1"},
+                           {}, [] {
+                             if (kSanitized) return;  // it needs more
+                             const rlimit limit = {128 << 20, 128 << 20};
+                             setrlimit(RLIMIT_AS, &limit);
+                           });
+  EXPECT_EQ(result.errors, "");
+  return result.output;
+}
+
+TEST_F(QueryCommand, PrintsRowsAsTheyCome) {
+  MakeBackupDatabase();
+  EXPECT_EQ(FirstLines(database_, kEndless, 3), "     1  row 1\n");
+  EXPECT_EQ(FirstLines(database_, kEndless, 100002), "  100000  row 100000\n");
+}
+
+TEST_F(QueryCommand, AnswersRowsAsJsonAsTheyCome) {
+  MakeBackupDatabase();
+  EXPECT_EQ(FirstLines(database_, kEndless, 100003, "--json"),
+            "    [\"100000\",\"row 100000\"],\n");
+}
+
+TEST_F(QueryCommand, EndsWhenItIsInterrupted) {
+  MakeBackupDatabase();
+  bool sent = false;
+  const ProcessResult result =
+      orx_test::RunOnTerminal(CommandLine({"query", database_, kEndless}),
+                              [&](const std::string&, orx_test::Terminal terminal) {
+                                if (sent) return;
+                                EXPECT_EQ(write(terminal.descriptor, "\x03", 1), 1);  // Ctrl-C
+                                sent = true;
+                              });
+  EXPECT_EQ(result.status, 130);
+}
+
+TEST_F(QueryCommand, RefusesCellsOfAnySize) {
+  MakeBackupDatabase();
+  for (const char* sql : {"SELECT zeroblob(1000000000)", "SELECT 1, hex(zeroblob(16000000))"})
+    ExpectRefused(sql, "database '" + database_ + "': string or blob too big");
+  EXPECT_TRUE(Contains(Query("SELECT hex(zeroblob(1000000)) || 'end'"), "000end\n"));
 }
 
 TEST_F(QueryCommand, LetsNoControlCharactersThrough) {

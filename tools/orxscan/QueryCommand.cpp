@@ -5,7 +5,6 @@
 
 #include "Commands.h"
 #include "DatabaseFile.h"
-#include "FileScanner/MultimediaQueryMgr.h"
 #include "Output.h"
 #include "TextTable.h"
 
@@ -81,55 +80,83 @@ Statement CheckedStatement(sqlite3* connection, const std::string& sql) {
   return statement;
 }
 
-// The library's reader, disconnected at the end.
-struct Reader {
-  MultimediaQueryMgr manager;
-  Reader() = default;
-  ~Reader() { manager.DisconnectDB(); }
-  Reader(const Reader&) = delete;
-  Reader& operator=(const Reader&) = delete;
+// An answer may be endless and a cell may be made as large as SQLite can count, so both take no
+// more than this.
+constexpr int kLargestCell = 16 << 20;           // bytes
+constexpr long long kLargestHeap = 256LL << 20;  // bytes that SQLite may use
+// The widths of the columns are those of the first rows: so many, or so many bytes of them.
+constexpr size_t kMeasuredRows = 1000;
+constexpr size_t kMeasuredBytes = 1 << 20;
+
+// The rows of the answer, one after another.
+class Answer {
+ public:
+  Answer(const DatabaseFile& database, Statement statement)
+      : database_(database), statement_(std::move(statement)) {}
+
+  std::vector<std::string> Names() const { return ColumnNames(statement_.get()); }
+  // False behind the last row.  Throws a Failure.
+  bool Next(std::vector<std::string>* cells) {
+    if (sqlite3_column_count(statement_.get()) == 0 || !database_.Next(statement_)) return false;
+    cells->resize(static_cast<size_t>(sqlite3_column_count(statement_.get())));
+    for (size_t i = 0; i < cells->size(); ++i)
+      (*cells)[i] = CellText(statement_.get(), static_cast<int>(i));
+    return true;
+  }
+
+ private:
+  const DatabaseFile& database_;
+  Statement statement_;
 };
 
-using Rows = std::vector<std::vector<std::string>>;
-
-Rows RowsOf(const MultimediaQueryMgr& manager) {
-  Rows rows;
-  const auto width = static_cast<std::ptrdiff_t>(manager.nColumns);
-  for (auto cell = MultimediaQueryMgr::vdata.begin();
-       width > 0 && MultimediaQueryMgr::vdata.end() - cell >= width; cell += width)
-    rows.emplace_back(cell, cell + width);
-  return rows;
+size_t Bytes(const std::vector<std::string>& cells) {
+  size_t bytes = 0;
+  for (const std::string& cell : cells) bytes += cell.size();
+  return bytes;
 }
 
-void Print(const std::vector<std::string>& names, const Rows& rows) {
-  if (rows.empty()) {
+void Print(Answer* answer) {
+  TextTable table(answer->Names());
+  std::vector<std::vector<std::string>> measured;
+  size_t bytes = 0;
+  std::vector<std::string> row;
+  bool more = true;
+  while (measured.size() < kMeasuredRows && bytes < kMeasuredBytes && (more = answer->Next(&row))) {
+    table.Measure(row);
+    bytes += Bytes(row);
+    measured.push_back(row);
+  }
+  if (measured.empty()) {
     fmt::print("no rows\n");
     return;
   }
-  TextTable table(names);
-  for (const auto& row : rows) table.Measure(row);
   table.PrintHead();
-  for (const auto& row : rows) table.PrintRow(row);
+  for (const auto& cells : measured) table.PrintRow(cells);
+  while (more && (more = answer->Next(&row))) table.PrintRow(row);
+}
+
+// One row a line, as they come.
+void PrintAsJson(Answer* answer) {
+  std::vector<std::string> row;
+  bool more = answer->Next(&row);  // before anything is printed: it may fail
+  fmt::print("{{\n  \"columns\": {},\n  \"rows\": [", JsonText(answer->Names()));
+  const char* separator = "\n";
+  for (; more; more = answer->Next(&row)) {
+    fmt::print("{}    {}", separator, JsonText(row));
+    separator = ",\n";
+  }
+  fmt::print("{}]\n}}\n", separator[0] == ',' ? "\n  " : "");
 }
 
 int Query(const Options& options) {
+  sqlite3_hard_heap_limit64(kLargestHeap);
   const DatabaseFile database(options.database);
-  const Statement checked = CheckedStatement(database.connection(), options.sql);
-
-  Reader reader;
-  if (reader.manager.ConnectDB(database.path().c_str()) != 1)
-    throw Failure("database {} cannot be opened", database.name());
-  if (reader.manager.ExecSqlStatment(options.sql.c_str()) != 1) {
-    while (database.Next(checked)) {  // the reader does not tell why; this fails in the same way
-    }
-    throw Failure("database {}: {}", database.name(), sqlite3_errstr(reader.manager.nLastResult));
-  }
-  const std::vector<std::string> names = ColumnNames(checked.get());
-  const Rows rows = RowsOf(reader.manager);
+  sqlite3_limit(database.connection(), SQLITE_LIMIT_LENGTH, kLargestCell);
+  Answer answer(database, CheckedStatement(database.connection(), options.sql));
   if (options.json) {
-    PrintJson({{"columns", names}, {"rows", rows}});
+    PrintAsJson(&answer);
   } else {
-    Print(names, rows);
+    Print(&answer);
   }
   return kDone;
 }
