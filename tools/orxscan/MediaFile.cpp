@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 
 namespace orxscan {
 
@@ -23,6 +25,14 @@ MediaFile::MediaFile(const std::string& path) {
 
 MediaFile::~MediaFile() {
   if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::string MediaFile::Place() const {
+  std::array<char, PATH_MAX> place;
+  const std::string link = "/proc/self/fd/" + std::to_string(descriptor_);
+  const ssize_t length = readable() ? readlink(link.c_str(), place.data(), place.size()) : -1;
+  const bool whole = length > 0 && static_cast<size_t>(length) < place.size();
+  return whole ? std::string(place.data(), static_cast<size_t>(length)) : "";
 }
 
 bool MediaFile::Holds(long long offset, long long length) const {

@@ -13,6 +13,9 @@ class MediaFile {
   MediaFile(const MediaFile&) = delete;
   MediaFile& operator=(const MediaFile&) = delete;
 
+  // Where the open file is, with no link on the way; empty when that cannot be told.
+  std::string Place() const;
+
   bool present() const { return present_; }           // there is such a regular file
   bool readable() const { return descriptor_ >= 0; }  // and it could be opened
   long long size() const { return size_; }            // bytes, 0 when not present

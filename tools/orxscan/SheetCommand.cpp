@@ -16,6 +16,7 @@
 #include "NewFile.h"
 #include "Output.h"
 #include "Paths.h"
+#include "SheetFolders.h"
 #include "SheetItems.h"
 #include "SheetPage.h"
 #include "SheetThumbnails.h"
@@ -28,6 +29,8 @@ struct Options {
   std::string page;
   std::string card;
   std::string before;  // empty: none
+  std::string below;   // a folder, empty: those that the database names
+  bool anywhere = false;
   bool beside = false;
   bool force = false;
 };
@@ -96,6 +99,20 @@ void MarkDifferences(const DatabaseFile& before, const DatabaseFile& after, Shee
   }
 }
 
+// The files that the page may show something of.
+SheetFolders FoldersOf(const Options& options, const std::vector<std::string>& roots,
+                       const std::string& card) {
+  if (options.anywhere) return SheetFolders::Anywhere();
+  if (!options.below.empty()) return SheetFolders::Below(CheckedFolder(options.below));
+  SheetFolders folders = SheetFolders::OfDatabase(roots, card);
+  for (const std::string& root : folders.refused())
+    Complain(
+        fmt::format("the database names {} as the folder that was scanned: its files are left "
+                    "out; --below says which folder to show",
+                    Quoted(root)));
+  return folders;
+}
+
 void PrintSummary(const Options& options, const Sheet& sheet, const SheetThumbnails& thumbnails) {
   long long items = 0;
   std::map<Mark, long long> marks;
@@ -109,6 +126,8 @@ void PrintSummary(const Options& options, const Sheet& sheet, const SheetThumbna
              Counted(static_cast<long long>(sheet.folders.size()), "folder", "folders"),
              Counted(thumbnails.count(), "thumbnail", "thumbnails"), SizeText(thumbnails.bytes()));
   for (const auto& [mark, count] : marks) fmt::print("  {}: {}\n", MarkLabel(mark), count);
+  if (marks.count(Mark::kElsewhere) != 0)
+    fmt::print("  --below FOLDER looks at the files below that folder, --anywhere at all\n");
 }
 
 int MakeSheet(const Options& options) {
@@ -126,6 +145,7 @@ int MakeSheet(const Options& options) {
     sheet.before = before.path();
     MarkDifferences(before, database, &rows);
   }
+  SheetFolders shown = FoldersOf(options, rows.roots, card);
   sheet.folders = InDisplayOrder(std::move(rows));
   std::string beside;
   if (options.beside) {
@@ -133,7 +153,7 @@ int MakeSheet(const Options& options) {
     sheet.besideAs = whole.stem().string() + "_thumbnails";
     beside = (whole.parent_path() / sheet.besideAs).string();
   }
-  SheetThumbnails thumbnails(beside, card);
+  SheetThumbnails thumbnails(beside, card, std::move(shown));
   for (SheetFolder& folder : sheet.folders)
     for (SheetItem& item : folder.items) item.hasThumbnail = thumbnails.Examine(&item);
   WriteSheet(sheet, thumbnails, &page);
@@ -156,6 +176,15 @@ Command AddSheetCommand(CLI::App* parent) {
   app->add_option("--card", options->card,
                   "the card's folder, for a database that names files below /mnt/mmc")
       ->type_name("FOLDER");
+  CLI::Option* below =
+      app->add_option("--below", options->below,
+                      "look at the files below this folder; without it, at those below the folder "
+                      "that the database names as scanned, which may not be the home folder or one "
+                      "above it")
+          ->type_name("FOLDER");
+  app->add_flag("--anywhere", options->anywhere,
+                "look at every file that the database names, links followed wherever they lead")
+      ->excludes(below);
   app->add_option("--before", options->before,
                   "an earlier database: mark what was added, removed and changed since")
       ->type_name("DB");

@@ -125,6 +125,7 @@ void ReadObjects(const DatabaseFile& database, SheetRows* rows) {
     if (row.Number("Valid") == 1) marks.push_back(Mark::kStale);
     if (row.Number("IsBackup") == 1) marks.push_back(Mark::kBackup);
     if (row.Number("class") == 0) {
+      if (row.Text("parentID") == "0") rows->roots.push_back(row.Text("FullPath"));
       rows->folders.push_back({row.Number("id"), row.Text("FullPath"), marks, {}});
       continue;
     }

@@ -14,6 +14,7 @@ enum class Mark {
   kAdded,
   kRemoved,
   kChanged,
+  kElsewhere,
   kGone,
   kUnreadable,
   kSizeDiffers,
@@ -72,6 +73,7 @@ struct SheetFolder {
 
 struct SheetRows {
   std::vector<SheetFolder> folders;  // without items
+  std::vector<std::string> roots;    // the folders that were scanned: those in no other
   std::vector<SheetItem> items;
 };
 

@@ -25,6 +25,7 @@ constexpr MarkText kMarks[] = {
     {Mark::kAdded, "added", "added"},
     {Mark::kRemoved, "removed", "removed"},
     {Mark::kChanged, "changed", "changed"},
+    {Mark::kElsewhere, "elsewhere", "file outside the scanned folder: not looked at"},
     {Mark::kGone, "gone", "file gone"},
     {Mark::kUnreadable, "unreadable", "file cannot be read"},
     {Mark::kSizeDiffers, "size-differs", "file has another size"},

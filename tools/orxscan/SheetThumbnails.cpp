@@ -2,13 +2,13 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 
 #include "CardMount.h"
-#include "MediaFile.h"
 #include "NewFile.h"
 #include "Output.h"
 
@@ -21,10 +21,15 @@ bool BeginsWith(const std::string& text, const char* start) {
   return text.compare(0, strlen(start), start) == 0;
 }
 
-const char* Extension(const std::string& bytes) {
-  if (BeginsWith(bytes, "\xFF\xD8")) return ".jpg";
-  if (BeginsWith(bytes, "\x89PNG")) return ".png";
-  return ".bin";
+constexpr long long kJpegStart = 6;  // bytes: the first marker, the second and its length
+
+// The start of an image, and a segment behind it that may come first.  Whatever else the bytes are,
+// they are somebody's, and no picture.
+bool BeginsLikeAJpeg(const std::string& bytes) {
+  if (bytes.size() < kJpegStart || !BeginsWith(bytes, "\xFF\xD8\xFF")) return false;
+  const auto byte = [&](size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  const bool segment = byte(3) >= 0xC0 && byte(3) != 0xFF && (byte(3) < 0xD0 || byte(3) > 0xD9);
+  return segment && byte(4) * 256 + byte(5) >= 2;
 }
 
 // Tells thumbnails of one item apart, so that an old page keeps its own while a new one is written.
@@ -35,8 +40,7 @@ uint64_t Fingerprint(const std::string& bytes) {
 }
 
 std::string ThumbnailName(long long id, const std::string& bytes) {
-  return fmt::format("{}-{:016x}{}", static_cast<uint64_t>(id), Fingerprint(bytes),
-                     Extension(bytes));
+  return fmt::format("{}-{:016x}.jpg", static_cast<uint64_t>(id), Fingerprint(bytes));
 }
 
 bool IsThumbnailName(const std::string& name) {
@@ -49,8 +53,8 @@ bool IsThumbnailName(const std::string& name) {
 
 }  // namespace
 
-SheetThumbnails::SheetThumbnails(std::string beside, std::string card)
-    : beside_(std::move(beside)), card_(std::move(card)) {
+SheetThumbnails::SheetThumbnails(std::string beside, std::string card, SheetFolders folders)
+    : beside_(std::move(beside)), card_(std::move(card)), folders_(std::move(folders)) {
   if (!beside_.empty()) PrepareFolder();
 }
 
@@ -74,38 +78,19 @@ std::string SheetThumbnails::Where(const std::string& path) const {
 }
 
 bool SheetThumbnails::Examine(SheetItem* item) {
+  if (!folders_.Names(item->path)) {
+    item->marks.push_back(Mark::kElsewhere);
+    return false;
+  }
   const MediaFile file(Where(item->path));
+  if (!IsUsable(file, item)) return false;
   const PicturePlace& place = item->thumbnail;
-  const auto mark = [item](Mark what) { item->marks.push_back(what); };
-  if (!file.present()) {
-    mark(Mark::kGone);
+  const std::string bytes =
+      file.Read(place.offset, beside() ? place.length : std::min(place.length, kJpegStart));
+  if (!BeginsLikeAJpeg(bytes)) {
+    item->marks.push_back(bytes.empty() ? Mark::kUnreadable : Mark::kThumbnailNoPicture);
     return false;
   }
-  if (!file.readable()) {
-    mark(Mark::kUnreadable);
-    return false;
-  }
-  if (item->size >= 0 && item->size != file.size()) mark(Mark::kSizeDiffers);
-  if (place.length == 0) return false;
-  if (!file.Holds(place.offset, place.length)) {
-    mark(Mark::kThumbnailOutside);
-    return false;
-  }
-  if (place.length > kLargestThumbnail) {
-    mark(Mark::kThumbnailTooLarge);
-    return false;
-  }
-  if (!beside() && bytes_ + place.length > kLargestPage) {
-    mark(Mark::kThumbnailLeftOut);
-    return false;
-  }
-  const std::string bytes = beside() ? file.Read(place.offset, place.length)
-                                     : file.Read(place.offset, place.length < 4 ? place.length : 4);
-  if (bytes.empty()) {
-    mark(Mark::kUnreadable);
-    return false;
-  }
-  if (strcmp(Extension(bytes), ".bin") == 0) mark(Mark::kThumbnailNoPicture);
   if (beside()) {
     item->thumbnailName = ThumbnailName(item->id, bytes);
     NewFile thumbnail("file", beside_ + "/" + item->thumbnailName);
@@ -118,8 +103,29 @@ bool SheetThumbnails::Examine(SheetItem* item) {
   return true;
 }
 
+bool SheetThumbnails::IsUsable(const MediaFile& file, SheetItem* item) const {
+  const PicturePlace& place = item->thumbnail;
+  const auto refuse = [item](Mark mark) {
+    item->marks.push_back(mark);
+    return false;
+  };
+  if (!file.present()) return refuse(Mark::kGone);
+  if (!file.readable()) return refuse(Mark::kUnreadable);
+  if (!folders_.Holds(item->path, file.Place())) return refuse(Mark::kElsewhere);
+  if (item->size >= 0 && item->size != file.size()) item->marks.push_back(Mark::kSizeDiffers);
+  if (place.length == 0) return false;
+  if (!file.Holds(place.offset, place.length)) return refuse(Mark::kThumbnailOutside);
+  if (place.length > kLargestThumbnail) return refuse(Mark::kThumbnailTooLarge);
+  if (!beside() && bytes_ + place.length > kLargestPage) return refuse(Mark::kThumbnailLeftOut);
+  return true;
+}
+
+// The file is looked at once more: another may have taken its place.
 std::string SheetThumbnails::Cut(const SheetItem& item) const {
-  return MediaFile(Where(item.path)).Read(item.thumbnail.offset, item.thumbnail.length);
+  const MediaFile file(Where(item.path));
+  if (!folders_.Holds(item.path, file.Place())) return "";
+  std::string bytes = file.Read(item.thumbnail.offset, item.thumbnail.length);
+  return BeginsLikeAJpeg(bytes) ? bytes : "";
 }
 
 void SheetThumbnails::RemoveOld() const {

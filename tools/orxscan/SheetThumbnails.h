@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "MediaFile.h"
+#include "SheetFolders.h"
 #include "SheetItems.h"
 
 namespace orxscan {
@@ -16,7 +18,8 @@ class SheetThumbnails {
  public:
   // Thumbnails go into the page, or into the folder `beside` when it is given.  Databases made from
   // a card name its files below /mnt/mmc; `card` is where these are, empty for /mnt/mmc itself.
-  SheetThumbnails(std::string beside, std::string card);
+  // Files outside `folders` are left alone.
+  SheetThumbnails(std::string beside, std::string card, SheetFolders folders);
 
   // Looks at the item's file, adds the marks that result, and writes the thumbnail when it goes
   // beside the page.  Returns whether the item has a thumbnail to show.  Throws a Failure.
@@ -32,10 +35,13 @@ class SheetThumbnails {
 
  private:
   std::string Where(const std::string& path) const;
+  // Whether the place is one that a thumbnail may be taken from; adds a mark when it is not.
+  bool IsUsable(const MediaFile& file, SheetItem* item) const;
   void PrepareFolder() const;
 
   std::string beside_;
   std::string card_;
+  SheetFolders folders_;
   std::set<std::string> names_;
   long long count_ = 0;
   long long bytes_ = 0;

@@ -224,7 +224,7 @@
     waiting.delete(item);
     const base64 = holder.textContent;
     holder.remove();
-    image.src = `data:${base64.startsWith("iVBORw") ? "image/png" : "image/jpeg"};base64,${base64}`;
+    image.src = `data:image/jpeg;base64,${base64}`;
   }
   function loadWaiting() {
     for (const [item, image] of [...waiting]) load(item, image);
