@@ -37,6 +37,15 @@ class HostPlatform {
   // "/mnt/mmc" whatever `mount` is.  False, and the list as it was, when DCIM cannot be read.
   static bool ShareWholeCard(const std::string& mount);
 
+  // What the last ShareWholeCard could not read, and therefore did not share: folders below DCIM,
+  // and entries of them.  The paths begin with "/mnt/mmc"; `error` is of errno.  What is gone, and
+  // a link that leads nowhere, is not among them.
+  struct UnreadEntry {
+    std::string path;
+    int error;
+  };
+  static std::vector<UnreadEntry> NotShared();
+
   // The shared files as they are now, index 0 first.
   static std::vector<std::string> SharedFiles();
 

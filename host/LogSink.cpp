@@ -1,6 +1,7 @@
 // The log service: every line is finished here and handed to one sink.
 #include <cstdarg>
 #include <cstdio>
+#include <exception>
 #include <memory>
 #include <mutex>
 
@@ -12,6 +13,7 @@ namespace {
 constexpr int kLibraryId = 3;
 constexpr char kLibraryTag[] = "DLNA";
 constexpr int kPriorityError = 6;
+constexpr char kOutOfMemory[] = "out of memory";  // short enough to need none itself
 
 struct Sink {
   std::recursive_mutex mutex;  // recursive: a sink may log
@@ -57,11 +59,17 @@ int __dlog_print(int logId, int priority, const char* tag, const char* format, .
   const int length = vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
   if (length < 0) return -1;
+  std::string line;
   try {
-    std::string line(static_cast<size_t>(length), '\0');
+    line.resize(static_cast<size_t>(length));
     va_start(arguments, format);
     vsnprintf(line.data(), line.size() + 1, format, arguments);
     va_end(arguments);
+  } catch (const std::exception&) {  // the line is lost, but not that there was one
+    line = kOutOfMemory;
+    priority = kPriorityError;
+  }
+  try {
     Deliver(logId, priority, tag != nullptr ? tag : "", line);
   } catch (...) {  // nothing may be thrown into the library
     return -1;

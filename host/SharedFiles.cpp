@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <memory>
 #include <set>
 #include <tuple>
@@ -70,6 +71,18 @@ bool IsRegularFile(const std::string& path) {
   return stat64(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// What the tree of the card did not give, by the path below the mount.
+std::vector<HostPlatform::UnreadEntry>& Unread() {
+  static std::vector<HostPlatform::UnreadEntry> entries;
+  return entries;
+}
+
+// Notes an entry that cannot be read, unless that is because there is none.
+void NoteUnread(const std::string& below, int error) {
+  if (error == ENOENT || error == ENOTDIR || error == ELOOP) return;
+  Unread().push_back({kMountPrefix + below, error});
+}
+
 bool RawLiesBeside(const std::string& path) {
   const std::string stem = WithoutExtension(path);
   return IsRegularFile(stem + ".KRZ") || IsRegularFile(stem + ".krz");
@@ -102,13 +115,25 @@ struct CloseDirectory {
   void operator()(DIR* directory) const { closedir(directory); }
 };
 
-// The names in a directory; false when it cannot be read.
-bool Names(const std::string& path, std::vector<std::string>* names) {
-  const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path.c_str()));
+// The names in a directory of the card; false, with errno, when it cannot be opened.
+bool Names(const std::string& mount, const std::string& below, std::vector<std::string>* names) {
+  const std::unique_ptr<DIR, CloseDirectory> directory(opendir((mount + below).c_str()));
   if (directory == nullptr) return false;
-  while (const struct dirent64* entry = readdir64(directory.get()))
+  errno = 0;
+  while (const struct dirent64* entry = readdir64(directory.get())) {
     names->emplace_back(entry->d_name);
+    errno = 0;
+  }
+  if (errno != 0) NoteUnread(below, errno);
   return true;
+}
+
+// Whether an entry of the card is a regular file.
+bool IsFileOfCard(const std::string& mount, const std::string& below) {
+  struct stat64 status = {};
+  if (stat64((mount + below).c_str(), &status) == 0) return S_ISREG(status.st_mode);
+  NoteUnread(below, errno);
+  return false;
 }
 
 std::vector<Numbered> DcfFolders(const std::vector<std::string>& names) {
@@ -136,10 +161,9 @@ std::vector<Numbered> DcfFiles(const std::vector<std::string>& names) {
 }
 
 // Adds the files of one folder, a raw picture beside its picture left out.
-void AddFolder(const std::string& folderPath, const std::string& uriStart,
-               std::vector<SharedFile>* list) {
+void AddFolder(const std::string& mount, const std::string& below, std::vector<SharedFile>* list) {
   std::vector<std::string> names;
-  if (!Names(folderPath, &names)) return;
+  if (!Names(mount, below, &names)) return NoteUnread(below, errno);
   std::set<std::string> pictures, raws;  // without extension
   for (const std::string& name : names) {
     const std::string extension = Extension(name);
@@ -149,9 +173,9 @@ void AddFolder(const std::string& folderPath, const std::string& uriStart,
   for (const Numbered& file : DcfFiles(names)) {
     const std::string stem = WithoutExtension(file.name);
     const bool raw = Extension(file.name) == kRawExtension;
-    if ((raw && pictures.count(stem) != 0) || !IsRegularFile(folderPath + "/" + file.name))
+    if ((raw && pictures.count(stem) != 0) || !IsFileOfCard(mount, below + "/" + file.name))
       continue;
-    list->push_back({uriStart + "/" + file.name, raws.count(stem) != 0, {}});
+    list->push_back({kMountPrefix + below + "/" + file.name, raws.count(stem) != 0, {}});
   }
 }
 
@@ -166,15 +190,18 @@ void HostPlatform::SetSharedFiles(std::vector<std::string> uris) {
 
 bool HostPlatform::ShareWholeCard(const std::string& mount) {
   std::vector<std::string> names;
-  if (!Names(mount + kDcim, &names)) return false;
+  Unread().clear();
+  if (!Names(mount, kDcim, &names)) return false;
   std::vector<SharedFile> list;
   for (const Numbered& folder : DcfFolders(names)) {
     const std::string below = std::string(kDcim) + "/" + folder.name;
-    AddFolder(mount + below, kMountPrefix + below, &list);
+    AddFolder(mount, below, &list);
   }
   List() = std::move(list);
   return true;
 }
+
+std::vector<HostPlatform::UnreadEntry> HostPlatform::NotShared() { return Unread(); }
 
 std::vector<std::string> HostPlatform::SharedFiles() {
   std::vector<std::string> uris;

@@ -211,20 +211,15 @@ TEST_F(ScanCommand, LeavesItsOwnDatabaseOutOfTheAccount) {
 
 TEST_F(ScanCommand, CountsTheFilesBehindLinksAsTheScanFollowsThem) {
   const std::string folders = dir_.MakeDir("folders");
-  for (int i = 0; i < 10; ++i) {
-    const std::string folder = folders + "/" + std::to_string(i);
-    std::filesystem::create_directory(folder);
-    std::filesystem::copy(Picture(), folder + "/a.jpg");
-    for (int other = 0; other < 10; ++other)
-      if (other != i)
-        std::filesystem::create_directory_symlink("../" + std::to_string(other),
-                                                  folder + "/" + std::to_string(other));
-  }
+  std::filesystem::create_directory(folders + "/real");
+  std::filesystem::copy(Picture(), folders + "/real/a.jpg");
+  for (int i = 0; i < 1010; ++i)
+    std::filesystem::create_directory_symlink("real", folders + "/" + std::to_string(i));
   const ProcessResult result = Run({"scan", folders, database_, "--json"});
   EXPECT_EQ(result.status, 0) << result.errors;
   const json summary = json::parse(result.output);
-  EXPECT_EQ(summary["files"], 90);  // each folder, and eight times through a link
-  EXPECT_EQ(summary["pictures"], Change(90, 0, 90));
+  EXPECT_EQ(summary["files"], 1001);  // once, and a thousand times through a link
+  EXPECT_EQ(summary["pictures"], Change(1001, 0, 1001));
   EXPECT_EQ(summary["refused"], json::array());
 }
 

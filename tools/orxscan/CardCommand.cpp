@@ -1,5 +1,6 @@
 // orxscan card FOLDER DB
 #include <chrono>
+#include <cstring>
 #include <memory>
 #include <set>
 
@@ -102,18 +103,20 @@ int Card(const Options& options) {
   const auto start = std::chrono::steady_clock::now();
   Progress progress(!options.json && !options.quiet, kCardDcimPath, shared.size(),
                     CountKnown(shared, PathsOf(before)));
-  const std::vector<std::string> errors = RunCardScan(scanner, scan, layout, database, &progress);
+  const LibraryErrors errors = RunCardScan(scanner, scan, layout, database, &progress);
   summary.cancelled = scanner->GetCancelFlag();
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   interrupt.reset();
 
   const std::vector<ObjectRow> after = database.Objects();
   summary.Compare(before, after);
-  if (!summary.cancelled) {
-    const QuietLibrary library;
-    summary.refused = CardRefusals(scanner, scan, options.mode, errors)
-                          .Of(shared, PathsOf(after), &summary.untaken);
-  }
+  if (!summary.cancelled)
+    summary.leftOut = CardRefusals(scanner, scan, options.mode, errors).Of(shared, PathsOf(after));
+  if (options.list.empty())
+    for (const HostPlatform::UnreadEntry& entry : HostPlatform::NotShared())
+      summary.leftOut.missing.push_back(
+          {entry.path, fmt::format("cannot be read: {}", strerror(entry.error))});
+  AddFailures(errors, &summary.leftOut.missing);
   summary.profiles = database.Profiles();
   return Report(summary, options.json, options.quiet);
 }

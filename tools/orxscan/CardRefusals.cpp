@@ -5,11 +5,13 @@
 #include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "CardMount.h"
 #include "FileScanner/DataBaseMgr.h"
 #include "FileScanner/DcfFileInfoVector.h"
 #include "FileScanner/DirectoryScanner.h"
+#include "Library.h"
 #include "Output.h"
 
 namespace orxscan {
@@ -29,12 +31,8 @@ std::string Extension(const std::string& uri) {
 }  // namespace
 
 CardRefusals::CardRefusals(DirectoryScanner* scanner, ScanMode scan, int sharingMode,
-                           const std::vector<std::string>& errors)
-    : scanner_(scanner), scan_(scan), sharingMode_(sharingMode) {
-  for (const std::string& error : errors)
-    if (error.find("query : insert into ") != std::string::npos &&
-        error.find("insert into ContainerTable") == std::string::npos)  // never takes a row
-      insertFailed_ = true;
+                           LibraryErrors errors)
+    : scanner_(scanner), scan_(scan), sharingMode_(sharingMode), errors_(std::move(errors)) {
   if (scan == ScanMode::kXq) {
     DcfFileInfoVector* list = DcfFileInfoVector::GetInstance();
     for (int i = 0; i < list->getFilePathVectorSize(); ++i)
@@ -42,32 +40,29 @@ CardRefusals::CardRefusals(DirectoryScanner* scanner, ScanMode scan, int sharing
   }
 }
 
-std::vector<Refusal> CardRefusals::Of(const std::vector<std::string>& shared,
-                                      const std::set<std::string>& registered,
-                                      size_t* untaken) const {
-  std::vector<Refusal> refusals;
-  *untaken = 0;
+LeftOut CardRefusals::Of(const std::vector<std::string>& shared,
+                         const std::set<std::string>& registered) const {
+  LeftOut leftOut;
   for (size_t i = 0; i < shared.size(); ++i) {
     if (registered.count(shared[i]) != 0) continue;
-    std::string reason = Reason(shared[i], i);
-    if (reason.empty() && insertFailed_) ++*untaken;
-    if (reason.empty())
-      reason = insertFailed_ ? "the database did not take it" : "the scan passed it over";
-    refusals.push_back({shared[i], reason});
+    const Reason reason = WithScanErrors(WhyLeftOut(shared[i], i), shared[i], errors_);
+    (reason.missing ? leftOut.missing : leftOut.refused).push_back({shared[i], reason.text});
   }
-  return refusals;
+  return leftOut;
 }
 
-std::string CardRefusals::Reason(const std::string& uri, size_t index) const {
+Reason CardRefusals::WhyLeftOut(const std::string& uri, size_t index) const {
+  const QuietLibrary library;
   struct stat64 status = {};
-  if (stat64(uri.c_str(), &status) != 0) return strerror(errno);
-  if (uri.find('"') != std::string::npos) return "its path has a double quote in it";
-  if (!KindIsShared(uri)) return fmt::format("not shared in mode {}", sharingMode_);
+  if (stat64(uri.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR))
+    return {strerror(errno)};
+  if (uri.find('"') != std::string::npos) return {"its path has a double quote in it"};
+  if (!KindIsShared(uri)) return {fmt::format("not shared in mode {}", sharingMode_)};
   const bool listed = scan_ == ScanMode::kXq ? listed_.count(uri) != 0 : index < kMostShared;
-  if (!listed) return fmt::format("not among the {} newest files", kMostShared);
+  if (!listed) return {fmt::format("not among the {} newest files", kMostShared)};
   if (!ScanTakesKind(uri))
-    return fmt::format("this scan takes no {} files", Extension(uri).substr(1));
-  return ReasonToRefuse(scanner_, uri);
+    return {fmt::format("this scan takes no {} files", Extension(uri).substr(1))};
+  return ReasonToRefuse(scanner_, uri, library);
 }
 
 bool CardRefusals::KindIsShared(const std::string& uri) const {

@@ -58,13 +58,13 @@ void MakeCardDatabase(const MediaDatabase& database, Layout layout) {
   database.CheckWritten(library.errors());
 }
 
-std::vector<std::string> RunCardScan(DirectoryScanner* scanner, ScanMode mode, Layout layout,
-                                     const MediaDatabase& database, Progress* progress) {
+LibraryErrors RunCardScan(DirectoryScanner* scanner, ScanMode mode, Layout layout,
+                          const MediaDatabase& database, Progress* progress) {
   RowWatch watch(progress, layout);
   const auto listen = [&](const LogLine& line) {
     if (IsBeforeThePurge(line)) watch.Start();
   };
-  std::vector<std::string> errors;
+  LibraryErrors errors;
   {
     const QuietLibrary library(progress->active() ? listen : std::function<void(const LogLine&)>());
     const auto scan = mode == ScanMode::kXq       ? &DirectoryScanner::scanXQDcf

@@ -1,10 +1,8 @@
 // The scans of a card's shared files, as the command runs them.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "DatabaseFile.h"
+#include "LibraryErrors.h"
 
 class DirectoryScanner;
 
@@ -28,7 +26,7 @@ void MakeCardDatabase(const MediaDatabase& database, Layout layout);
 
 // Scans the card that is mounted and returns the library's errors.  Throws a Failure when the
 // database could not be written.
-std::vector<std::string> RunCardScan(DirectoryScanner* scanner, ScanMode mode, Layout layout,
-                                     const MediaDatabase& database, Progress* progress);
+LibraryErrors RunCardScan(DirectoryScanner* scanner, ScanMode mode, Layout layout,
+                          const MediaDatabase& database, Progress* progress);
 
 }  // namespace orxscan

@@ -1,13 +1,17 @@
 #include "FolderTree.h"
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <utility>
 
-#include "OSAL/ORXFSHandler.h"
+#include "Output.h"
 
 namespace orxscan {
 namespace {
@@ -15,11 +19,18 @@ namespace {
 constexpr size_t kLongestFolder = 510;  // characters of a folder's path
 constexpr size_t kLongestFile = 511;    // of a file's
 
-enum EntryType { kFolder = 0, kFile = 1, kUnknown = -1 };
-
-constexpr int kMostLinkVisits = 8;  // of the links that lead to one folder
+constexpr int kMostLinkVisits = 1000;  // of the links that lead to one folder
 
 using Identity = std::pair<dev_t, ino64_t>;
+
+struct CloseDirectory {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+
+struct Entry {
+  std::string path;
+  bool folder;
+};
 
 class Walk {
  public:
@@ -27,35 +38,72 @@ class Walk {
 
   void Folder(const std::string& path) {
     struct stat64 status = {};
-    if (stat64(path.c_str(), &status) != 0) return;
+    if (stat64(path.c_str(), &status) != 0) return AddUnread(path, errno);
     const Identity folder(status.st_dev, status.st_ino);
     if (std::find(above_.begin(), above_.end(), folder) != above_.end()) return;
     if (IsLink(path) && ++linkVisits_[folder] > kMostLinkVisits) return;
     if (path.size() > kLongestFolder) {
-      files_.push_back({path, false});
+      tree_.files.push_back({path, false});
       return;
     }
     above_.push_back(folder);
-    Entries(path);
+    for (const Entry& entry : Entries(path)) Take(entry);
     above_.pop_back();
   }
 
-  std::vector<FoundFile> TakeFiles() { return std::move(files_); }
+  FolderTree TakeTree() { return std::move(tree_); }
 
  private:
-  void Entries(const std::string& path) {
-    ORXFSHandler handler;
-    if (handler.OpenDir(path.c_str()) == 0) return;
-    const auto entry = std::make_unique<ORXFSHandler::PTFile>();
-    for (entry->type = kUnknown; handler.Read(entry.get()) != 0; entry->type = kUnknown) {
-      const std::string full = path + (path.back() == '/' ? "" : "/") + entry->name;
-      const bool reachable = full.size() <= kLongestFile;
-      if (entry->type == kFolder && reachable) {
-        Folder(full);
-      } else if (entry->type == kFolder || (entry->type == kFile && !IsDatabase(full))) {
-        files_.push_back({full, reachable});
+  void Take(const Entry& entry) {
+    const bool reachable = entry.path.size() <= kLongestFile;
+    if (entry.folder && reachable) {
+      Folder(entry.path);
+    } else if (entry.folder || !IsDatabase(entry.path)) {
+      tree_.files.push_back({entry.path, reachable});
+    }
+  }
+
+  // Read to the end before any of them is entered: a deep tree takes one descriptor.
+  std::vector<Entry> Entries(const std::string& path) {
+    std::vector<Entry> entries;
+    const std::unique_ptr<DIR, CloseDirectory> directory(opendir(path.c_str()));
+    if (directory == nullptr) {
+      AddUnread(path, errno);
+      return entries;
+    }
+    bool closed = false;  // the folder may be listed and not entered: said once
+    errno = 0;
+    for (const dirent64* found = nullptr; (found = readdir64(directory.get())) != nullptr;
+         errno = 0) {
+      if (found->d_name[0] == '.') continue;
+      const std::string full = path + (path.back() == '/' ? "" : "/") + found->d_name;
+      struct stat64 status = {};
+      if (fstatat64(dirfd(directory.get()), found->d_name, &status, 0) == 0) {
+        entries.push_back({full, S_ISDIR(status.st_mode)});
+      } else if (errno == EACCES && IsThere(directory.get(), found->d_name)) {
+        AddUnread(full, EACCES);
+      } else if (errno != EACCES) {
+        AddUnread(full, errno);
+      } else if (!std::exchange(closed, true)) {
+        AddUnread(path, EACCES);
       }
     }
+    if (errno != 0) AddUnread(path, errno);
+    return entries;
+  }
+
+  // False in a folder that may not be entered; a link that leads into one is there.
+  static bool IsThere(DIR* directory, const char* name) {
+    struct stat64 status = {};
+    const bool there = fstatat64(dirfd(directory), name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+    errno = EACCES;
+    return there;
+  }
+
+  // What is gone by now, and links that lead nowhere, are nothing that could be read.
+  void AddUnread(const std::string& path, int error) {
+    if (error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG) return;
+    tree_.unread.push_back({path, fmt::format("cannot be read: {}", strerror(error))});
   }
 
   static bool IsLink(const std::string& path) {
@@ -71,15 +119,15 @@ class Walk {
   std::string database_;
   std::vector<Identity> above_;
   std::map<Identity, int> linkVisits_;
-  std::vector<FoundFile> files_;
+  FolderTree tree_;
 };
 
 }  // namespace
 
-std::vector<FoundFile> FilesBelow(const std::string& root, const std::string& databasePath) {
+FolderTree TreeBelow(const std::string& root, const std::string& databasePath) {
   Walk walk(databasePath);
   walk.Folder(root);
-  return walk.TakeFiles();
+  return walk.TakeTree();
 }
 
 }  // namespace orxscan

@@ -127,7 +127,8 @@ int Info(const Options& options) {
     const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1,
                               path.c_str());
     record.reset(scanner->_GetFMParserFramework()->HandleFile(&file));
-    if (display == nullptr || record == nullptr) reason = ReasonToRefuse(scanner, path);
+    if (display == nullptr || record == nullptr)
+      reason = ReasonToRefuse(scanner, path, library).text;
   }
   if (display == nullptr || record == nullptr)
     throw Failure("{}: {}", Quoted(options.file), reason.empty() ? "cannot be read" : reason);

@@ -10,7 +10,6 @@ namespace orxscan {
 namespace {
 
 constexpr int kPriorityError = 6;
-constexpr size_t kMaxErrors = 1000;  // a damaged database fails once a file
 
 void RemoveAll(const std::string& part, std::string* text) {
   for (size_t at = text->find(part); at != std::string::npos; at = text->find(part, at))
@@ -54,11 +53,13 @@ QuietLibrary::~QuietLibrary() {
   fclose(nowhere_);
 }
 
-void QuietLibrary::Receive(int priority, const std::string& line) {
+void QuietLibrary::Receive(int priority, const std::string& line) noexcept try {
   if (priority < kPriorityError && !listener_) return;
   const LogLine parsed = Parse(priority, line);
-  if (parsed.error && errors_.size() < kMaxErrors) errors_.push_back(parsed.message);
+  if (parsed.error) errors_.Add(parsed.message);
   if (listener_) listener_(parsed);
+} catch (const std::exception&) {
+  errors_.AddLost();
 }
 
 DataBaseMgr* OpenDatabase(const std::string& path, const std::string& name) {

@@ -5,7 +5,8 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
+
+#include "LibraryErrors.h"
 
 class DataBaseMgr;
 
@@ -28,14 +29,13 @@ class QuietLibrary {
   QuietLibrary(const QuietLibrary&) = delete;
   QuietLibrary& operator=(const QuietLibrary&) = delete;
 
-  // The errors of statements that the database refused, and of the database itself.
-  const std::vector<std::string>& errors() const { return errors_; }
+  const LibraryErrors& errors() const { return errors_; }
 
  private:
-  void Receive(int priority, const std::string& line);
+  void Receive(int priority, const std::string& line) noexcept;
 
   std::function<void(const LogLine&)> listener_;
-  std::vector<std::string> errors_;
+  LibraryErrors errors_;
   FILE* nowhere_;
   FILE* standardOutput_;
   FILE* standardError_;

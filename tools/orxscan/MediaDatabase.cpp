@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "DatabaseFile.h"
+#include "LibraryErrors.h"
 #include "Output.h"
 #include "Sqlite.h"
 
@@ -46,23 +47,6 @@ constexpr char kHasMedium[] =
     " OR EXISTS (SELECT 1 FROM ImageTable WHERE id = CAST(o.id AS TEXT))"
     " OR EXISTS (SELECT 1 FROM AudioTable WHERE id = CAST(o.id AS TEXT))"
     " OR EXISTS (SELECT 1 FROM VideoTable WHERE id = CAST(o.id AS TEXT)))";
-
-// What SQLite said, out of "... errmsg : [database or disk is full]".
-std::string SqliteMessage(const std::string& error) {
-  constexpr char kStart[] = "errmsg : [";
-  const size_t at = error.find(kStart);
-  if (at == std::string::npos) return "it cannot be opened";
-  const size_t start = at + sizeof kStart - 1;
-  return error.substr(start, error.rfind(']') - start);
-}
-
-// The library could not open the database, make its tables or end its transaction.
-bool ConcernsTheDatabase(const std::string& error) {
-  for (const char* sign : {"OpenDB fail", "sqlite3_open error", "query : BEGIN;", "query : COMMIT;",
-                           "query : create table"})
-    if (error.find(sign) != std::string::npos) return true;
-  return false;
-}
 
 }  // namespace
 
@@ -139,16 +123,10 @@ std::vector<ProfileCount> MediaDatabase::Profiles() const {
   return profiles;
 }
 
-void MediaDatabase::CheckWritten(const std::vector<std::string>& errors) const {
-  for (const std::string& error : errors) {
-    if (!ConcernsTheDatabase(error)) continue;
-    RemoveIfNew();
-    throw Failure("database {}: {}", name_, SqliteMessage(error));
-  }
-}
-
-void MediaDatabase::RemoveIfNew() const {
-  if (!existed_) unlink(path_.c_str());
+void MediaDatabase::CheckWritten(const LibraryErrors& errors) const {
+  if (errors.database().empty()) return;
+  throw Failure("database {}: {}{}", name_, errors.database(),
+                errors.undone() ? "; nothing in it was changed" : "");
 }
 
 }  // namespace orxscan

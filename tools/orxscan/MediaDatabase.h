@@ -10,6 +10,8 @@
 
 namespace orxscan {
 
+class LibraryErrors;
+
 // One row of the object table.
 struct ObjectRow {
   long long id;
@@ -48,10 +50,9 @@ class MediaDatabase {
   std::vector<ProfileCount> Profiles() const;
 
   // Throws a Failure when the library's errors say that the database could not be opened, made or
-  // written; what was made for it is removed again.  Errors of single files are no such errors.
-  void CheckWritten(const std::vector<std::string>& errors) const;
-  // Removes the file when it was not there before.
-  void RemoveIfNew() const;
+  // written.  Errors of single files are no such errors.  What was made stays: it is a whole
+  // database, and another program may be using it by now.
+  void CheckWritten(const LibraryErrors& errors) const;
 
  private:
   std::vector<ObjectRow> Select(const std::string& condition, const std::string* value) const;

@@ -1,5 +1,6 @@
 #include "Refusal.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +20,7 @@
 #include "FileScanner/ImageMetaData.h"
 #include "FileScanner/MediaMetaData.h"
 #include "FileScanner/VideoMetaData.h"
+#include "Library.h"
 #include "MediaReaders/exif_reader.h"
 #include "Output.h"
 
@@ -91,47 +93,95 @@ std::string WhyNotStored(const MediaMetaData& record, const std::string& path) {
   return "";
 }
 
-// What the file system has against it; empty for a readable file with content.
-std::string WhyNotReadable(const std::string& path) {
+bool IsGone(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
+
+// Nobody can say what is in a file that cannot be read, unless its kind has no reader anyway.
+Reason Unreadable(const std::string& path, int error) {
+  return {fmt::format("cannot be read: {}", strerror(error)),
+          !IsOneOf(Extension(path), kWithoutReader)};
+}
+
+struct CloseDescriptor {
+  int descriptor;
+  ~CloseDescriptor() { close(descriptor); }
+};
+
+// What the file system has against it; nothing for a readable file with content.
+Reason WhyNotReadable(const std::string& path) {
   struct stat64 status = {};
-  if (stat64(path.c_str(), &status) != 0) return strerror(errno);
-  if (!S_ISREG(status.st_mode)) return "not a regular file";
-  if (access(path.c_str(), R_OK) != 0) return fmt::format("cannot be read: {}", strerror(errno));
-  return status.st_size == 0 ? "the file is empty" : "";
+  if (stat64(path.c_str(), &status) != 0)
+    return IsGone(errno) ? Reason{strerror(errno)} : Unreadable(path, errno);
+  if (!S_ISREG(status.st_mode)) return {"not a regular file"};
+  const int descriptor = open64(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) return IsGone(errno) ? Reason{strerror(errno)} : Unreadable(path, errno);
+  const CloseDescriptor end{descriptor};
+  if (status.st_size == 0) return {"the file is empty"};
+  char first = 0;
+  if (pread64(descriptor, &first, 1, 0) < 0) return Unreadable(path, errno);
+  return {};
+}
+
+std::string WhyNotServed(DirectoryScanner* scanner, MediaMetaData* record) {
+  if (scanner->CheckMediaFileForDLNAContent(record) != 0) return "";
+  const char* mimeType = record->GetMimeType();
+  return mimeType != nullptr ? fmt::format("its MIME type, {}, is not served", mimeType)
+                             : "it has no MIME type to be served by";
+}
+
+// What the machine failed in while a file was looked at; empty: nothing.
+std::string FailureAt(const LibraryErrors& errors, const std::string& path) {
+  const auto found = errors.failures().find(path);
+  if (found != errors.failures().end()) return "cannot be read: " + found->second;
+  return errors.outOfMemory() ? "out of memory" : "";
 }
 
 }  // namespace
 
-std::string ReasonToRefuse(DirectoryScanner* scanner, const std::string& path) {
-  std::string unreadable = WhyNotReadable(path);
-  if (!unreadable.empty()) return unreadable;
+Reason ReasonToRefuse(DirectoryScanner* scanner, const std::string& path,
+                      const QuietLibrary& library) {
+  Reason unreadable = WhyNotReadable(path);
+  if (!unreadable.text.empty()) return unreadable;
   const size_t slash = path.rfind('/');
   const FileInfomation file(path.substr(0, slash).c_str(), path.c_str() + slash + 1, path.c_str());
   const std::unique_ptr<MediaMetaData> record(scanner->_GetFMParserFramework()->HandleFile(&file));
-  if (record == nullptr) return WhyNotParsed(path);
-  if (scanner->CheckMediaFileForDLNAContent(record.get()) == 0) {
-    const char* mimeType = record->GetMimeType();
-    return mimeType != nullptr ? fmt::format("its MIME type, {}, is not served", mimeType)
-                               : "it has no MIME type to be served by";
-  }
-  return WhyNotStored(*record, path);
+  const std::string failure = FailureAt(library.errors(), path);
+  if (!failure.empty()) return {failure, true};
+  if (record == nullptr) return {WhyNotParsed(path)};
+  const std::string unserved = WhyNotServed(scanner, record.get());
+  return {!unserved.empty() ? unserved : WhyNotStored(*record, path)};
 }
 
-std::vector<Refusal> Refusals(DirectoryScanner* scanner, const std::vector<FoundFile>& files,
-                              const std::set<std::string>& registered, size_t* unexplained) {
-  std::vector<Refusal> refusals;
-  *unexplained = 0;
-  for (const FoundFile& file : files) {
+Reason WithScanErrors(Reason reason, const std::string& path, const LibraryErrors& errors) {
+  if (!reason.text.empty()) return reason;
+  const std::string failure = FailureAt(errors, path);
+  return {!failure.empty() ? failure : "the database did not take it", true};
+}
+
+LeftOut FilesLeftOut(DirectoryScanner* scanner, const FolderTree& tree,
+                     const std::set<std::string>& registered, const LibraryErrors& errors) {
+  LeftOut leftOut;
+  for (const UnreadEntry& entry : tree.unread)
+    leftOut.missing.push_back({entry.path, entry.reason});
+  for (const FoundFile& file : tree.files) {
     if (registered.count(file.path) != 0) continue;
-    std::string reason =
-        file.reachable ? ReasonToRefuse(scanner, file.path) : "its path is too long";
-    if (reason.empty()) {
-      ++*unexplained;
-      reason = "the database did not take it";
-    }
-    refusals.push_back({file.path, reason});
+    const QuietLibrary library;
+    const Reason reason =
+        !file.reachable
+            ? Reason{"its path is too long"}
+            : WithScanErrors(ReasonToRefuse(scanner, file.path, library), file.path, errors);
+    (reason.missing ? leftOut.missing : leftOut.refused).push_back({file.path, reason.text});
   }
-  return refusals;
+  return leftOut;
+}
+
+void AddFailures(const LibraryErrors& errors, std::vector<Refusal>* missing) {
+  std::set<std::string> told;
+  for (const Refusal& refusal : *missing) told.insert(refusal.path);
+  for (const auto& [path, reason] : errors.failures())
+    if (told.count(path) == 0) missing->push_back({path.empty() ? "the database" : path, reason});
+  if (errors.furtherFailures() > 0)
+    missing->push_back({fmt::format("{} more", errors.furtherFailures()), "cannot be read"});
+  if (errors.outOfMemory() && missing->empty()) missing->push_back({"the scan", "out of memory"});
 }
 
 void PrintRefusals(const std::vector<Refusal>& refused) {
@@ -143,6 +193,13 @@ void PrintRefusals(const std::vector<Refusal>& refused) {
   if (printed < refused.size())
     fmt::print("  and {} more (--json lists them all)\n", refused.size() - printed);
   fmt::print("\n");
+}
+
+void TellMissing(const std::vector<Refusal>& missing) {
+  const size_t told = std::min(missing.size(), kMostRefusalsPrinted);
+  for (size_t i = 0; i < told; ++i) Complain(missing[i].path + ": " + missing[i].reason);
+  if (told < missing.size())
+    Complain(fmt::format("and {} more (--json lists them all)", missing.size() - told));
 }
 
 nlohmann::ordered_json RefusalsAsJson(const std::vector<Refusal>& refused) {

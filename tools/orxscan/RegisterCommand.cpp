@@ -31,6 +31,19 @@ ObjectRow ItemToFill(const MediaDatabase& database, const Options& options) {
   return rows.front();
 }
 
+// Throws a Failure when there is a reason to refuse the file.
+void CheckNotRefused(DirectoryScanner* scanner, const Options& options, const std::string& file) {
+  const QuietLibrary library;
+  const std::string reason = ReasonToRefuse(scanner, file, library).text;
+  if (!reason.empty()) throw Failure("{}: {}", Quoted(options.file), reason);
+}
+
+// ": disk I/O error", or nothing when no more is known.
+std::string WhyNotTaken(const LibraryErrors& errors) {
+  if (!errors.failures().empty()) return ": " + errors.failures().begin()->second;
+  return errors.outOfMemory() ? ": out of memory" : "";
+}
+
 int Register(const Options& options) {
   const std::string file = CheckedFile(options.file);
   const MediaDatabase database(options.database);
@@ -48,31 +61,26 @@ int Register(const Options& options) {
   const LibraryInstances instances;
   DirectoryScanner* scanner = DirectoryScanner::GetInstance();
   scanner->SetDlnaProfiles(pProfiles);
+  if (!database.existed()) CheckNotRefused(scanner, options, file);  // no database for nothing
   int type = 0;
-  std::vector<std::string> errors;
-  std::string reason;
+  LibraryErrors errors;
   {
     const QuietLibrary library;
     type = scanner->ParseAndRegisterFile(database.path().c_str(), file.c_str(),
                                          fill ? options.parent.c_str() : nullptr);
     errors = library.errors();
-    if (type < 0 || !errors.empty()) reason = ReasonToRefuse(scanner, file);
-  }
-  if (!reason.empty()) {
-    database.RemoveIfNew();
-    throw Failure("{}: {}", Quoted(options.file), reason);
   }
   database.CheckWritten(errors);
+  if (type < 0 || errors.any()) CheckNotRefused(scanner, options, file);
   if (type < 0)
     throw Failure("item {} is a {}, which {} is not", options.parent, ClassName(item.mediaClass),
                   Quoted(options.file));
 
   const std::vector<ObjectRow> rows =
       fill ? std::vector<ObjectRow>{item} : database.ObjectsAt(file);
-  if (rows.empty() || !errors.empty()) {
-    database.RemoveIfNew();
-    throw Failure("database {} did not take {}", Quoted(options.database), Quoted(options.file));
-  }
+  if (rows.empty() || errors.any())
+    throw Failure("database {} did not take {}{}", Quoted(options.database), Quoted(options.file),
+                  WhyNotTaken(errors));
   fmt::print("Registered {} as {} {}\n", Printable(file), ClassName(type), rows.back().id);
   return kDone;
 }

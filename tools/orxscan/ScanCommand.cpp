@@ -35,11 +35,12 @@ size_t CountKnown(const std::vector<FoundFile>& files, const std::set<std::strin
   }));
 }
 
-// Runs the scan; true when it was cancelled.
-bool RunScan(DirectoryScanner* scanner, const Options& options, const std::string& folder,
-             const MediaDatabase& database, const std::vector<FoundFile>& files, size_t known) {
+// Runs the scan and returns the library's errors.
+LibraryErrors RunScan(DirectoryScanner* scanner, const Options& options, const std::string& folder,
+                      const MediaDatabase& database, const std::vector<FoundFile>& files,
+                      size_t known) {
   Progress progress(!options.json && !options.quiet, folder, files.size(), known);
-  std::vector<std::string> errors;
+  LibraryErrors errors;
   {
     const QuietLibrary library(progress.active()
                                    ? [&](const LogLine& line) { progress.Follow(line); }
@@ -50,7 +51,7 @@ bool RunScan(DirectoryScanner* scanner, const Options& options, const std::strin
   }
   progress.Finish();
   database.CheckWritten(errors);
-  return scanner->GetCancelFlag();
+  return errors;
 }
 
 int Scan(const Options& options) {
@@ -70,19 +71,18 @@ int Scan(const Options& options) {
   summary.folder = folder;
   summary.database = options.database;
   const auto start = std::chrono::steady_clock::now();
-  const std::vector<FoundFile> files = FilesBelow(folder, database.path());
-  summary.filesFound = files.size();
-  summary.cancelled =
-      RunScan(scanner, options, folder, database, files, CountKnown(files, PathsOf(before)));
+  const FolderTree tree = TreeBelow(folder, database.path());
+  summary.filesFound = tree.files.size();
+  const LibraryErrors errors = RunScan(scanner, options, folder, database, tree.files,
+                                       CountKnown(tree.files, PathsOf(before)));
+  summary.cancelled = scanner->GetCancelFlag();
   summary.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   interrupt.reset();
 
   const std::vector<ObjectRow> after = database.Objects();
   summary.Compare(before, after);
-  if (!summary.cancelled) {
-    const QuietLibrary library;
-    summary.refused = Refusals(scanner, files, PathsOf(after), &summary.untaken);
-  }
+  if (!summary.cancelled) summary.leftOut = FilesLeftOut(scanner, tree, PathsOf(after), errors);
+  AddFailures(errors, &summary.leftOut.missing);
   summary.profiles = database.Profiles();
   return Report(summary, options.json, options.quiet);
 }

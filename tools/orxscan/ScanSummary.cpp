@@ -49,7 +49,7 @@ void ScanSummary::Compare(const std::vector<ObjectRow>& before,
 }
 
 void ScanSummary::Print() const {
-  PrintRefusals(refused);
+  PrintRefusals(leftOut.refused);
   PrintProfiles(profiles);
   fmt::print("{} {} into {}: {} files in {}\n\n",
              cancelled ? "Cancelled: scanned part of" : "Scanned", Printable(folder),
@@ -59,7 +59,8 @@ void ScanSummary::Print() const {
     const Change& c = changes[kind.mediaClass];
     fmt::print("  {:<10}{:>8}{:>9}{:>13}\n", kind.name, c.added, c.removed, c.total);
   }
-  if (!cancelled) fmt::print("  {:<10}{:>8}\n", "refused", refused.size());
+  if (!cancelled) fmt::print("  {:<10}{:>8}\n", "refused", leftOut.refused.size());
+  if (!leftOut.missing.empty()) fmt::print("  {:<10}{:>8}\n", "missing", leftOut.missing.size());
 }
 
 nlohmann::ordered_json ScanSummary::Json() const {
@@ -73,7 +74,8 @@ nlohmann::ordered_json ScanSummary::Json() const {
     const Change& c = changes[kind.mediaClass];
     json[kind.name] = {{"added", c.added}, {"removed", c.removed}, {"total", c.total}};
   }
-  json["refused"] = RefusalsAsJson(refused);
+  json["refused"] = RefusalsAsJson(leftOut.refused);
+  json["missing"] = RefusalsAsJson(leftOut.missing);
   json["profiles"] = nlohmann::ordered_json::array();
   for (const ProfileCount& row : profiles)
     json["profiles"].push_back(
@@ -88,10 +90,15 @@ int Report(const ScanSummary& summary, bool json, bool quiet) {
     summary.Print();
   }
   FinishOutput();
-  if (summary.untaken > 0)
-    throw Failure("database {} did not take {} of the files", Quoted(summary.database),
-                  summary.untaken);
-  return summary.cancelled ? kCancelled : kDone;
+  TellMissing(summary.leftOut.missing);
+  if (summary.cancelled) return kCancelled;
+  if (!summary.leftOut.missing.empty())
+    throw Failure(
+        "database {} is incomplete: {}", Quoted(summary.database),
+        summary.leftOut.missing.size() == 1
+            ? "one file or folder is missing"
+            : fmt::format("{} files and folders are missing", summary.leftOut.missing.size()));
+  return kDone;
 }
 
 }  // namespace orxscan

@@ -24,8 +24,7 @@ struct ScanSummary {
   double seconds = 0;
   size_t filesFound = 0;
   std::array<Change, 4> changes = {};  // by class: folders, pictures, sounds, films
-  std::vector<Refusal> refused;        // empty after a cancelled scan
-  size_t untaken = 0;                  // of those refused: the database did not take them
+  LeftOut leftOut;                     // after a cancelled scan, what it could not read alone
   std::vector<ProfileCount> profiles;
 
   // Counts the rows that came and went; a row is the same when id, class and path are.
@@ -34,8 +33,8 @@ struct ScanSummary {
   nlohmann::ordered_json Json() const;
 };
 
-// Prints the summary, or nothing when `quiet`, and returns the exit status.  Throws a Failure when
-// the database did not take a file.
+// Prints the summary, or nothing when `quiet`, and returns the exit status.  Tells what is missing,
+// and throws a Failure then unless the scan was cancelled.
 int Report(const ScanSummary& summary, bool json, bool quiet);
 
 }  // namespace orxscan

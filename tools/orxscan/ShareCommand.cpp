@@ -67,7 +67,7 @@ void UpdateShareStatus(const MediaDatabase& file, const std::vector<std::string>
       database->UpdateShareStatus(paths != nullptr ? list.data() : nullptr, kUsualMode) == 1 &&
       database->ExecSqlStatmentNoValueReturn("COMMIT;") == 1;
   file.CheckWritten(library.errors());
-  if (!done || !library.errors().empty())  // what was begun is rolled back with the connection
+  if (!done || library.errors().any())  // what was begun is rolled back with the connection
     throw Failure("database {}: the share status could not be set", file.name());
 }
 
