@@ -86,7 +86,6 @@ int DataBaseMgr::Connect(const char* fileName, int flags) {
   return code;
 }
 
-
 void DataBaseMgr::LogFailedStatement(const char* sql, int code, const char* message) {
   orx::WriteLogLine(orx::LogLevel::kError, orx::SourceName(__FILE__),
                     "ExecSqlStatmentNoValueReturn", __LINE__,

@@ -235,8 +235,9 @@ class ORX_API DataBaseMgr {
   int Exec(const char* sql, int* code = nullptr);
   void LogFailedStatement(const char* sql, int code, const char* message);
   void LogRefusedStatement(const std::string& printed, const std::string& reason);
-  orx::QueryResult Result();          // the members that a query fills
-  int Connect(const char* fileName, int flags);  // SQLite's code; without a connection after a failure
+  orx::QueryResult Result();  // the members that a query fills
+  int Connect(const char* fileName,
+              int flags);  // SQLite's code; without a connection after a failure
   void CloseDatabase();
   static orx::LockWaiting& Waiting();         // of the class-wide connection
   enum class InsertKind { kPlain, kShared };  // shared files' previews carry their sort index

@@ -29,8 +29,8 @@ std::string LinkText(const std::string& path) {
   return text;
 }
 
-// A name that is too long for the system is no file.  SQLite makes no links of these names, and would
-// write where one leads.
+// A name that is too long for the system is no file.  SQLite makes no links of these names, and
+// would write where one leads.
 bool IsHarmless(const std::string& sideFile) {
   struct stat64 status = {};
   if (lstat64(sideFile.c_str(), &status) == 0) return S_ISREG(status.st_mode);

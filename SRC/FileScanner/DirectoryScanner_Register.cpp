@@ -22,8 +22,6 @@ namespace {
 constexpr unsigned kImage = 1;
 constexpr int kFailed = -1;
 constexpr char kTopDirectory[] = "0";
-constexpr char kSkipped[] =
-    "[DirectoryScanner::HandleFile] Media file [%s] is left to the next scan";
 constexpr size_t kDateSize = 16;  // of the buffer behind __ExtractFileSizeAndDateFromName
 
 // Names come from the one generator of the process.
@@ -42,6 +40,12 @@ int Refuse(const char* message, const char* name) {
   return 0;
 }
 #pragma GCC diagnostic pop
+
+// The machine failed; what it failed at was logged.
+int LeaveOut(const char* fullPath) {
+  orx::NoteLeftOut(fullPath, "as it could not be read whole");
+  return 0;
+}
 
 // The registrations that parse the file.
 struct ParsedRegistration {
@@ -88,7 +92,7 @@ int RegisterParsed(DirectoryScanner* scanner, const ParsedRegistration& kind,
   SetUri(record.get(), kind.uriHasSortIndex
                            ? Names().GetUniqueURIMA(record->GetEXT(), record->GetSortIndex())
                            : Names().GetUniqueURIMA(record->GetEXT()));
-  if (watch.Seen()) return Refuse(kSkipped, file.GetFileName());
+  if (watch.Seen()) return LeaveOut(file.GetFullFileName());
   (scanner->*kind.insert)(record.get());
   return 1;
 }
@@ -164,7 +168,7 @@ int RegisterFromPlatform(DirectoryScanner* scanner, const PlatformRegistration& 
   record->SetSortIndex(std::to_string(sortIndex).c_str());
   record->SetDirectoryID(parentId);
   SetUri(record.get(), Names().GetUniqueURIMA(record->GetEXT(), record->GetSortIndex()));
-  if (watch.Seen()) return Refuse(kSkipped, name);
+  if (watch.Seen()) return LeaveOut(fullPath);
   scanner->InsertItemInObjectTable(record.get());
   return 1;
 }

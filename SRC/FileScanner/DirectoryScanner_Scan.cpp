@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -190,7 +191,10 @@ void DirectoryScanner::ScanEntries(ORXFSHandler* handler, const char* dir, const
 DirectoryScanner::OpenDirectoryMark::OpenDirectoryMark(DirectoryScanner* scanner, const char* dir)
     : scanner_(scanner) {
   struct stat64 status = {};
-  if (stat64(dir, &status) != 0) return;
+  if (stat64(dir, &status) != 0) {
+    orx::NoteOpenError("stat", dir, errno);
+    return;
+  }
   const DirectoryIdentity identity{static_cast<unsigned long long>(status.st_dev),
                                    static_cast<unsigned long long>(status.st_ino)};
   auto& open = scanner_->openDirectories_;
@@ -206,7 +210,9 @@ DirectoryScanner::OpenDirectoryMark::OpenDirectoryMark(DirectoryScanner* scanner
 bool DirectoryScanner::OpenDirectoryMark::CountLink(const char* dir,
                                                     const DirectoryIdentity& identity) {
   struct stat64 status = {};
-  if (lstat64(dir, &status) != 0 || !S_ISLNK(status.st_mode)) return true;
+  const bool known = lstat64(dir, &status) == 0;
+  if (!known) orx::NoteOpenError("lstat", dir, errno);
+  if (!known || !S_ISLNK(status.st_mode)) return true;
   return ++scanner_->linkVisits_[identity] <= kMostLinkVisits;
 }
 

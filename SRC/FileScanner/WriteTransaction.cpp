@@ -40,7 +40,7 @@ bool IsDamageCode(int code) { return (code & 0xFF) == SQLITE_CORRUPT; }
 
 // ---- a scan ------------------------------------------------------------------------------------
 
-void ScanTransaction::Run(DataBaseMgr* database, int* status, const std::function<void()>& scan) {
+void ScanTransaction::Run(DataBaseMgr* database, int* status, Walking scan) {
   const int before = status != nullptr ? *status : 0;
   for (const auto kind :
        {Writing::Kind::kTransaction, Writing::Kind::kTransaction, Writing::Kind::kStepByStep}) {
@@ -53,7 +53,7 @@ void ScanTransaction::Run(DataBaseMgr* database, int* status, const std::functio
 }
 
 ScanTransaction::Outcome ScanTransaction::RunOnce(DataBaseMgr* database, Writing::Kind kind,
-                                                  const std::function<void()>& scan) {
+                                                  Walking scan) {
   Writing& writing = *database->writing_;
   writing.kind = kind;
   writing.failure = writing.again = SQLITE_OK;
@@ -61,7 +61,7 @@ ScanTransaction::Outcome ScanTransaction::RunOnce(DataBaseMgr* database, Writing
     Begin(database);
     writing.changesBefore = sqlite3_total_changes(DataBaseMgr::ppDataBase);
   }
-  if (!writing.Stopped()) Guarded(__func__, [&scan] { scan(); });
+  if (!writing.Stopped()) Guarded(__func__, [&scan] { scan.run(scan.walk); });
   return End(database);
 }
 
@@ -87,7 +87,8 @@ ScanTransaction::Outcome ScanTransaction::End(DataBaseMgr* database) {
     if (database->Exec(kCommit, &failure) == 1) return Outcome::kKept;
   }
   if (failure == SQLITE_OK) return Outcome::kKept;
-  ORX_LOG_ERROR("Error : what was written is undone, [%s]", sqlite3_errstr(failure));
+  const char* what = kind == Writing::Kind::kStepByStep ? "written last" : "written";
+  ORX_LOG_ERROR("Error : what was %s is undone, [%s]", what, sqlite3_errstr(failure));
   if (InTransaction()) database->Exec(kRollback);
   return Outcome::kUndone;
 }

@@ -3,9 +3,9 @@
 
 #include <sqlite3.h>
 
-#include <functional>
 #include <set>
 #include <string>
+#include <type_traits>
 
 class DataBaseMgr;
 
@@ -50,16 +50,25 @@ class ScanTransaction {
  public:
   // Runs `scan`, which may run several times.  `status`, which may be null, keeps its value when
   // all is undone.
-  static void Run(DataBaseMgr* database, int* status, const std::function<void()>& scan);
+  template <typename Walk>
+  static void Run(DataBaseMgr* database, int* status, Walk&& scan) {
+    Run(database, status,
+        {&scan, [](void* walk) { (*static_cast<std::remove_reference_t<Walk>*>(walk))(); }});
+  }
   // Whether the scan of the current instance runs nothing more, so that its walks may end.
   static bool GivenUp();
   // Removes what earlier scans left without its folder, see DataBaseMgr::MendOrphans.
   static void MendOrphans(DataBaseMgr* database, const char* directory, bool hasMediaTables);
 
  private:
+  // Refers to what a scan does, and takes no memory.
+  struct Walking {
+    void* walk;
+    void (*run)(void* walk);
+  };
   enum class Outcome { kKept, kUndone, kAgain };
-  static Outcome RunOnce(DataBaseMgr* database, Writing::Kind kind,
-                         const std::function<void()>& scan);
+  static void Run(DataBaseMgr* database, int* status, Walking scan);
+  static Outcome RunOnce(DataBaseMgr* database, Writing::Kind kind, Walking scan);
   static void Begin(DataBaseMgr* database);
   static Outcome End(DataBaseMgr* database);
   friend class WriteTransaction;

@@ -40,8 +40,7 @@ bool GmtNameClock::Refresh(time_t now) {
 
 bool GmtNameClock::Format(const timespec& now, char* dst, size_t size) {
   const long long elapsed = now.tv_sec - moment_ + secondsOfDay_;
-  // A clock that was put back before the kept day also ends it.
-  if (!filled_ || elapsed < 0 || elapsed >= kSecondsPerDay) {
+  if (!filled_ || elapsed >= kSecondsPerDay) {
     if (!Refresh(now.tv_sec)) return false;
   } else {
     date_.tm_hour = static_cast<int>(elapsed / kSecondsPerHour);

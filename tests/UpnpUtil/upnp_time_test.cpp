@@ -148,11 +148,12 @@ TEST(GmtNameClock, TakesANewDateAtMidnight) {
   EXPECT_EQ(NameAt(&clock, kNoon + 43201), "20261122000001000");
 }
 
-TEST(GmtNameClock, FollowsAClockThatWasPutBack) {
+TEST(GmtNameClock, KeepsTheDateOfAClockThatWasPutBack) {
   orx::GmtNameClock clock;
   NameAt(&clock, kNoon);
   EXPECT_EQ(NameAt(&clock, kNoon - 43200), "20261121000000000");
-  EXPECT_EQ(NameAt(&clock, kNoon - 43201), "20261120235959000");
+  EXPECT_EQ(NameAt(&clock, kNoon - 43201), "202611210000-1000");
+  EXPECT_EQ(NameAt(&clock, kNoon - 90061), "20261121-13-1-1000");
 }
 
 TEST(GmtNameClock, HasADateOnTheFirstDayOf1970) {
