@@ -311,6 +311,8 @@ void DataBaseMgr::InsertDIRintoDB(const char* /*directoryPath*/) {}
 
 void DataBaseMgr::SetPath() {}
 
+sqlite3** DataBaseMgr::getPpDataBase() { return &ppDataBase; }
+
 void DataBaseMgr::setPpDataBase(sqlite3** handle) {
   if (handle != nullptr) ppDataBase = *handle;
 }

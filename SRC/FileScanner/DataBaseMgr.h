@@ -91,7 +91,7 @@ class ORX_API DataBaseMgr {
 
   bool getIsDbExists() const { return isDbExists; }
   void setIsDbExists(bool exists) { isDbExists = exists; }
-  sqlite3** getPpDataBase() { return &ppDataBase; }
+  sqlite3** getPpDataBase();
   void setPpDataBase(sqlite3** handle);
   char* getPszDbName() const { return pszDbName; }
   void setPszDbName(char* name) { pszDbName = name; }  // not copied, not owned

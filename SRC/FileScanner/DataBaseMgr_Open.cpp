@@ -1,4 +1,5 @@
 // Opening a database and making a new one: the tables and their indexes.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -20,16 +21,19 @@
 
 namespace {
 
-// Lookups by path and by parent would otherwise read a whole table for every file of a scan.
+// Lookups by path and by parent would otherwise read a whole table for every file of a scan, and
+// the removal of what is marked as stale for every folder that is gone.
 struct IndexedColumn {
   const char* table;
   const char* column;
+  const char* rows;  // which ones are in the index; all when it is empty
 };
-constexpr IndexedColumn kIndexedColumns[] = {{"ObjectTable", "FullPath"},
-                                             {"ObjectTable", "parentID"},
-                                             {"AudioTable", "FullPath"},
-                                             {"VideoTable", "FullPath"},
-                                             {"ImageTable", "FullPath"}};
+constexpr IndexedColumn kIndexedColumns[] = {{"ObjectTable", "FullPath", ""},
+                                             {"ObjectTable", "parentID", ""},
+                                             {"ObjectTable", "Valid", " where Valid = 1"},
+                                             {"AudioTable", "FullPath", ""},
+                                             {"VideoTable", "FullPath", ""},
+                                             {"ImageTable", "FullPath", ""}};
 
 // A table of the database with the label under which its statement is logged.
 struct LabelledTable {
@@ -96,11 +100,16 @@ int CreateTable(DataBaseMgr* database, const char* label, const orx::TableLayout
   return created;
 }
 
-void CreateIndexes(DataBaseMgr* database, const char* table) {
+bool HasColumn(const orx::TableLayout& table, const char* column) {
+  return std::any_of(table.columns, table.columns + table.count,
+                     [column](const TableColumn& own) { return strcmp(own.szName, column) == 0; });
+}
+
+void CreateIndexes(DataBaseMgr* database, const orx::TableLayout& layout) {
   for (const IndexedColumn& indexed : kIndexedColumns) {
-    if (strcmp(indexed.table, table) != 0) continue;
-    const std::string sql = std::string("create index ") + table + "_" + indexed.column + " on " +
-                            table + " (" + indexed.column + ");";
+    if (strcmp(indexed.table, layout.name) != 0 || !HasColumn(layout, indexed.column)) continue;
+    const std::string sql = std::string("create index ") + layout.name + "_" + indexed.column +
+                            " on " + layout.name + " (" + indexed.column + ")" + indexed.rows + ";";
     database->ExecSqlStatmentNoValueReturn(sql.c_str());
   }
 }
@@ -113,7 +122,7 @@ void CreateAll(DataBaseMgr* database, const LabelledTable (&tables)[kCount]) {
   for (size_t i = 0; i < kCount; ++i)
     created[i] = CreateTable(database, tables[i].label, tables[i].layout) == 1;
   for (size_t i = 0; i < kCount; ++i)
-    if (created[i]) CreateIndexes(database, tables[i].layout.name);
+    if (created[i]) CreateIndexes(database, tables[i].layout);
 }
 
 }  // namespace

@@ -123,7 +123,8 @@ void DataBaseMgr::InvalidateAllItemsInDB(const char* directoryPath) {
 // ---- removing what is marked -------------------------------------------------------------------
 
 void DataBaseMgr::DeleteInvalidatedItemInDB(int* foundStale) {
-  Query(SqlStatement("select * from ObjectTable where Valid = %d").Int(1));
+  // With the number in its text, as SQLite takes the index of the marked rows for that alone.
+  Query(SqlStatement("select * from ObjectTable where Valid = 1"));
   if (vdata.empty()) return;
   if (foundStale != nullptr) *foundStale = 1;
   const std::vector<std::string> cells = std::move(vdata);  // hooks may fill it anew

@@ -12,6 +12,8 @@ struct OwnedText::Node {
   char* Text() { return reinterpret_cast<char*>(this + 1); }
 };
 
+OwnedText::~OwnedText() { Clear(); }
+
 void OwnedText::Clear() {
   while (newest_ != nullptr) {
     Node* earlier = newest_->earlier;

@@ -10,7 +10,7 @@ namespace orx {
 class ORX_API OwnedText {
  public:
   OwnedText() = default;
-  ~OwnedText() { Clear(); }
+  ~OwnedText();
   OwnedText(const OwnedText&) = delete;
   OwnedText& operator=(const OwnedText&) = delete;
 

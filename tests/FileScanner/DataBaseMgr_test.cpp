@@ -451,6 +451,17 @@ TEST_F(DataBaseMgrTest, FindsPathsAndParentsWithoutReadingWholeTables) {
   }
 }
 
+TEST_F(DataBaseMgrTest, FindsMarkedRowsWithoutReadingTheWholeTable) {
+  for (const int mode : {0, 6}) {
+    DataBaseMgr::DestroyInstance();
+    std::filesystem::remove(directory_.Path("media.db"));
+    ASSERT_EQ(OpenNew(mode), 1);
+    manager()->ExecSqlStatment("explain query plan select * from ObjectTable where Valid = 1");
+    ASSERT_EQ(DataBaseMgr::vdata.size(), 4u);
+    EXPECT_NE(DataBaseMgr::vdata[3].find("ObjectTable_Valid"), std::string::npos);
+  }
+}
+
 TEST_F(DataBaseMgrTest, GivesRowsOfOnePathInTheOrderOfTheirIds) {
   ASSERT_EQ(OpenNew(0), 1);
   manager()->ExecSqlStatmentNoValueReturn(
