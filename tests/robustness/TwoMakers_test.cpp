@@ -102,7 +102,7 @@ class MakersTest : public CardTest {
                                  -1, &count, nullptr),
               SQLITE_OK);
     EXPECT_EQ(sqlite3_step(count), SQLITE_ROW);
-    EXPECT_EQ(sqlite3_column_int(count, 0), 10);
+    EXPECT_EQ(sqlite3_column_int(count, 0), 11);
     sqlite3_finalize(count);
     sqlite3_close(connection);
     EXPECT_EQ(Contents(), std::vector<std::string>{});
