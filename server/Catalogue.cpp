@@ -9,7 +9,7 @@ const MediaFacts kNoMedia{};
 
 }  // namespace
 
-Catalogue::Catalogue() : arena_(1, '\0') {
+Catalogue::Catalogue(uint32_t updateId) : arena_(1, '\0'), updateId_(updateId) {
   containers_.push_back({kRootId, 0, 0, ContainerKind::kView, 0, 0, 0, 0, 0});
   containersById_.push_back(0);
 }

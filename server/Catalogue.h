@@ -102,7 +102,7 @@ struct Entry {
 
 class Catalogue {
  public:
-  Catalogue();
+  explicit Catalogue(uint32_t updateId = 0);  // with the root alone
 
   const std::vector<Item>& items() const { return items_; }                 // by ascending id
   const std::vector<Container>& containers() const { return containers_; }  // 0 is the root
@@ -155,13 +155,14 @@ class Catalogue {
   std::vector<uint32_t> itemOrder_;
   std::vector<uint32_t> containersById_;  // indices
   std::vector<uint32_t> changed_;         // ids
-  uint32_t updateId_ = 0;
+  uint32_t updateId_;
 };
 
 // The catalogue of the moment.  Readers keep the one that they began with.
 class CatalogueHolder {
  public:
-  CatalogueHolder() : current_(std::make_shared<Catalogue>()) {}
+  explicit CatalogueHolder(uint32_t updateId = 0)
+      : current_(std::make_shared<Catalogue>(updateId)) {}
   std::shared_ptr<const Catalogue> Get() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return current_;

@@ -1,0 +1,314 @@
+#include "Events.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+#include "Failure.h"
+#include "Texts.h"
+
+namespace orxserve {
+namespace {
+
+constexpr double kFirstDelay = 0.1;  // seconds, for the answer to be there before the first event
+constexpr double kModeration = 5;    // between two changes that are told
+constexpr double kLongestSleep = 30;
+constexpr long kConnectPatience = 3000;  // milliseconds
+constexpr long kPatience = 8000;
+constexpr size_t kMostUnderWay = 16;
+constexpr size_t kMostContainers = 200;  // in one event
+constexpr size_t kMostOfAnswer = 4096;   // bytes of a subscriber's answer that are read
+
+double Now() {
+  const auto time = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration<double>(time).count();
+}
+
+constexpr auto kDirectory = static_cast<size_t>(ServiceIndex::kDirectory);
+constexpr auto kConnections = static_cast<size_t>(ServiceIndex::kConnections);
+
+}  // namespace
+
+std::string EventBody(const EventProperties& properties) {
+  std::string body =
+      "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+      "<e:propertyset xmlns:e=\"urn:schemas-upnp-org:event-1-0\">";
+  for (const auto& [name, value] : properties) {
+    body.append("<e:property><").append(name).append(">");
+    AppendXml(&body, value);
+    body.append("</").append(name).append("></e:property>");
+  }
+  return body + "</e:propertyset>\n";
+}
+
+void ContainerChanges::Add(const Catalogue& catalogue) {
+  for (const uint32_t id : catalogue.changedContainers()) {
+    if (changed_.size() >= kMostContainers) return;
+    changed_[id] = catalogue.updateId();
+  }
+}
+
+std::string ContainerChanges::Take() {
+  std::string list;
+  for (const auto& [id, update] : changed_) {
+    if (!list.empty()) list += ',';
+    AppendNumber(&list, id);
+    list += ',';
+    AppendNumber(&list, update);
+  }
+  changed_.clear();
+  return list;
+}
+
+// The deliveries under way.
+class Events::Sender {
+ public:
+  Sender() : multi_(curl_multi_init()) {
+    if (multi_ == nullptr) throw Failure("libcurl cannot be used");
+  }
+  ~Sender() {
+    for (auto& [easy, delivery] : deliveries_) Drop(easy);
+    curl_multi_cleanup(multi_);
+  }
+  Sender(const Sender&) = delete;
+  Sender& operator=(const Sender&) = delete;
+
+  size_t size() const { return deliveries_.size(); }
+  void Wake() { curl_multi_wakeup(multi_); }
+
+  void Start(const Subscription& to, const EventProperties& properties) {
+    CURL* easy = curl_easy_init();
+    if (easy == nullptr) return;
+    Delivery& delivery = deliveries_[easy];
+    delivery.sid = to.sid;
+    delivery.body = EventBody(properties);
+    for (const std::string& line :
+         {std::string("Content-Type: text/xml; charset=\"utf-8\""), std::string("NT: upnp:event"),
+          std::string("NTS: upnp:propchange"), "SID: " + to.sid,
+          "SEQ: " + std::to_string(to.sequence), std::string("Expect:"), std::string("Accept:")})
+      delivery.headers = curl_slist_append(delivery.headers, line.c_str());
+    SetOptions(easy, to, &delivery);
+    curl_multi_add_handle(multi_, easy);
+  }
+
+  // Goes on until something happened, at most so long; calls `done` for every delivery that ended.
+  void Work(double seconds, const std::function<void(const std::string&)>& done) {
+    const int milliseconds = static_cast<int>(std::ceil(std::max(seconds, 0.0) * 1000));
+    curl_multi_poll(multi_, nullptr, 0, milliseconds, nullptr);
+    int running = 0;
+    curl_multi_perform(multi_, &running);
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+      if (message->msg != CURLMSG_DONE) continue;
+      CURL* easy = message->easy_handle;
+      const std::string sid = deliveries_[easy].sid;
+      Drop(easy);
+      deliveries_.erase(easy);
+      done(sid);
+    }
+  }
+
+ private:
+  struct Delivery {
+    std::string sid;
+    std::string body;
+    curl_slist* headers = nullptr;
+    size_t answered = 0;  // bytes
+  };
+
+  static size_t TakeAnswer(char*, size_t size, size_t count, void* delivery) {
+    size_t& answered = static_cast<Delivery*>(delivery)->answered;
+    answered += size * count;
+    return answered > kMostOfAnswer ? 0 : size * count;  // 0 ends the transfer
+  }
+
+  static void SetOptions(CURL* easy, const Subscription& to, Delivery* delivery) {
+    curl_easy_setopt(easy, CURLOPT_URL, to.url.c_str());
+    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, "NOTIFY");
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, delivery->body.c_str());
+    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, delivery->headers);
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, ServerName().c_str());
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, TakeAnswer);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, delivery);
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http");
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
+    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, kConnectPatience);
+    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, kPatience);
+    if (to.scope != 0) curl_easy_setopt(easy, CURLOPT_ADDRESS_SCOPE, static_cast<long>(to.scope));
+  }
+
+  void Drop(CURL* easy) {
+    curl_multi_remove_handle(multi_, easy);
+    curl_easy_cleanup(easy);
+    curl_slist_free_all(deliveries_[easy].headers);
+  }
+
+  CURLM* multi_;
+  std::map<CURL*, Delivery> deliveries_;
+};
+
+Events::Events(const CatalogueHolder& catalogues, const AccessList& access,
+               std::function<std::string()> source)
+    : catalogues_(catalogues), access_(access), source_(std::move(source)) {
+  curl_global_init(CURL_GLOBAL_NOTHING);  // no TLS: events go over plain HTTP
+  sender_ = std::make_unique<Sender>();
+  thread_ = std::thread([this] { Run(); });
+}
+
+Events::~Events() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ending_ = true;
+  }
+  sender_->Wake();
+  thread_.join();
+  sender_.reset();
+  curl_global_cleanup();
+}
+
+EventProperties Events::FirstState(size_t service) const {
+  if (service == kDirectory)
+    return {{"SystemUpdateID", std::to_string(catalogues_.Get()->updateId())},
+            {"ContainerUpdateIDs", ""}};
+  if (service == kConnections)
+    return {
+        {"SourceProtocolInfo", source_()}, {"SinkProtocolInfo", ""}, {"CurrentConnectionIDs", "0"}};
+  return {{"AuthorizationGrantedUpdateID", "1"},
+          {"AuthorizationDeniedUpdateID", "1"},
+          {"ValidationSucceededUpdateID", "1"},
+          {"ValidationRevokedUpdateID", "1"}};
+}
+
+HttpAnswer Events::Subscribe(const HttpRequest& request, size_t service) {
+  const std::string_view sid = Trim(request.Header("SID"));
+  const std::string_view callback = request.Header("CALLBACK");
+  const std::string_view type = Trim(request.Header("NT"));
+  const unsigned seconds = ParseTimeout(request.Header("TIMEOUT"));
+  if (!sid.empty() && (!callback.empty() || !type.empty())) return HttpAnswer::Status(400);
+  Subscriptions::Reply reply;
+  if (!sid.empty()) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    reply = subscriptions_.Renew(sid, service, request.peer, seconds, Now());
+  } else {
+    const auto url = ParseCallback(callback);
+    if (!url || type != "upnp:event" || !access_.AreNeighbours(request.peer, url->host))
+      return HttpAnswer::Status(412);
+    EventProperties first = FirstState(service);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Subscription wanted;
+    wanted.service = service;
+    wanted.peer = request.peer;
+    wanted.scope = url->host.isLinkLocal() ? request.scope : 0;
+    wanted.url = url->url;
+    reply = subscriptions_.Subscribe(std::move(wanted), seconds, Now());
+    if (reply.status == 200) waiting_[reply.sid] = {std::move(first), Now() + kFirstDelay, false};
+  }
+  sender_->Wake();
+  HttpAnswer answer = HttpAnswer::Status(reply.status);
+  if (reply.status != 200) return answer;
+  answer.Add("SID", reply.sid);
+  answer.Add("TIMEOUT", "Second-" + std::to_string(reply.seconds));
+  return answer;
+}
+
+HttpAnswer Events::Unsubscribe(const HttpRequest& request, size_t service) {
+  const std::string_view sid = Trim(request.Header("SID"));
+  if (!request.Header("CALLBACK").empty() || !request.Header("NT").empty())
+    return HttpAnswer::Status(400);
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return HttpAnswer::Status(subscriptions_.Unsubscribe(sid, service, request.peer));
+}
+
+void Events::Publish(const Catalogue& catalogue) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    changes_.Add(catalogue);
+    changed_ = true;
+  }
+  sender_->Wake();
+}
+
+void Events::Queue(size_t service, const EventProperties& properties, double due) {
+  for (const auto& [sid, subscription] : subscriptions_.all()) {
+    if (subscription.service != service) continue;
+    Waiting& waiting = waiting_[sid];
+    for (const auto& [name, value] : properties) {  // a later value stands for an earlier one
+      const auto same = std::find_if(waiting.properties.begin(), waiting.properties.end(),
+                                     [&](const auto& known) { return known.first == name; });
+      if (same == waiting.properties.end())
+        waiting.properties.emplace_back(name, value);
+      else
+        same->second = value;
+    }
+    waiting.due = std::max(waiting.due, due);
+  }
+}
+
+// What changed becomes an event, at most every five seconds.
+void Events::TakeChanges(double now) {
+  if (!changed_ || now < nextChange_) return;
+  changed_ = false;
+  nextChange_ = now + kModeration;
+  Queue(kDirectory,
+        {{"SystemUpdateID", std::to_string(catalogues_.Get()->updateId())},
+         {"ContainerUpdateIDs", changes_.Take()}},
+        now);
+  Queue(kConnections, {{"SourceProtocolInfo", source_()}}, now);
+}
+
+void Events::StartDue(double now) {
+  subscriptions_.Expire(now);
+  for (auto entry = waiting_.begin(); entry != waiting_.end();) {
+    Waiting& waiting = entry->second;
+    Subscription* to = subscriptions_.Find(entry->first);
+    if (to == nullptr && !waiting.underWay) {
+      entry = waiting_.erase(entry);
+      continue;
+    }
+    const bool ready = !waiting.underWay && !waiting.properties.empty() && waiting.due <= now;
+    if (ready && sender_->size() < kMostUnderWay) {
+      sender_->Start(*to, waiting.properties);
+      to->sequence = NextSequence(to->sequence);
+      waiting.properties.clear();
+      waiting.underWay = true;
+    }
+    ++entry;
+  }
+}
+
+double Events::NextDue(double now) const {
+  double due = now + kLongestSleep;
+  if (changed_) due = std::min(due, nextChange_);
+  for (const auto& [sid, waiting] : waiting_)
+    if (!waiting.underWay && !waiting.properties.empty() && sender_->size() < kMostUnderWay)
+      due = std::min(due, waiting.due);
+  return due - now;
+}
+
+void Events::Finished(const std::string& sid) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto waiting = waiting_.find(sid);
+  if (waiting != waiting_.end()) waiting->second.underWay = false;
+}
+
+void Events::Run() {
+  for (;;) {
+    double sleep = 0;
+    {
+      const std::lock_guard<std::mutex> lock(mutex_);
+      if (ending_) return;
+      const double now = Now();
+      TakeChanges(now);
+      StartDue(now);
+      sleep = NextDue(now);
+    }
+    sender_->Work(sleep, [this](const std::string& sid) { Finished(sid); });
+  }
+}
+
+}  // namespace orxserve
