@@ -87,16 +87,16 @@ class Browser:
 
 
 class Page:
-    """A page of its own, opened from a file; notes what it says and asks for."""
+    """A page of its own, opened from a file or an address; notes what it says and asks for."""
 
     def __init__(self, browser, path, width=1280, height=900, dark=False, scripts=True,
                  domains=("Page", "Runtime", "Log", "Network", "Accessibility"), watch="",
                  until="document.readyState === 'complete' && location.protocol === 'file:'"):
         """`domains` of the protocol are enabled, `watch` runs before the page's own script."""
         self.browser = browser
-        context = browser.send("Target.createBrowserContext")["browserContextId"]
+        self.context = browser.send("Target.createBrowserContext")["browserContextId"]
         self.target = browser.send("Target.createTarget", url="about:blank",
-                                   browserContextId=context)["targetId"]
+                                   browserContextId=self.context)["targetId"]
         self.session = browser.send("Target.attachToTarget", targetId=self.target,
                                     flatten=True)["sessionId"]
         for domain in domains:
@@ -109,7 +109,7 @@ class Page:
         if watch:
             self.send("Page.addScriptToEvaluateOnNewDocument", source=watch)
         start = time.monotonic()
-        self.send("Page.navigate", url="file://" + path)
+        self.send("Page.navigate", url=path if "://" in path else "file://" + path)
         self.wait(until)
         self.seconds = time.monotonic() - start
 
@@ -118,6 +118,7 @@ class Page:
 
     def close(self):
         self.browser.send("Target.closeTarget", targetId=self.target)
+        self.browser.send("Target.disposeBrowserContext", browserContextId=self.context)
 
     def evaluate(self, expression):
         answer = self.send("Runtime.evaluate", expression=expression, returnByValue=True,
