@@ -82,7 +82,7 @@ class Device:
         self.location = location
         parts = urllib.parse.urlsplit(location)
         self.host, self.port = parts.hostname, parts.port
-        self.description = xml.fromstring(self.get("/device.xml")[2])
+        self.description = xml.fromstring(self.get(parts.path)[2])
 
     def text(self, name):
         return self.description.find(f".//{{urn:schemas-upnp-org:device-1-0}}{name}").text
