@@ -46,11 +46,11 @@ foreach(file IN ITEMS orxscan.pc orxscan_host.pc)
           COMPONENT devel)
 endforeach()
 
+find_program(GZIP_PROGRAM gzip)
 if(TARGET orxscan_command)
   install(TARGETS orxscan_command RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT command)
   # Manuals are installed compressed, as distributions have them.
   set(page ${PROJECT_SOURCE_DIR}/tools/orxscan/orxscan.1)
-  find_program(GZIP_PROGRAM gzip)
   if(GZIP_PROGRAM)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${page})
     execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${page}
@@ -58,4 +58,18 @@ if(TARGET orxscan_command)
     set(page ${PROJECT_BINARY_DIR}/orxscan.1.gz)
   endif()
   install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT command)
+endif()
+
+if(TARGET orxserve)
+  install(TARGETS orxserve RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT server)
+  set(page ${PROJECT_SOURCE_DIR}/server/orxserve.1)
+  if(GZIP_PROGRAM)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${page})
+    execute_process(COMMAND ${GZIP_PROGRAM} -9nc ${page}
+                    OUTPUT_FILE ${PROJECT_BINARY_DIR}/orxserve.1.gz)
+    set(page ${PROJECT_BINARY_DIR}/orxserve.1.gz)
+  endif()
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT server)
+  install(FILES ${PROJECT_SOURCE_DIR}/server/orxserve.service DESTINATION lib/systemd/system
+          COMPONENT server)
 endif()

@@ -1,4 +1,4 @@
-# Debian packages, one a component: liborxscan1, liborxscan-dev and orxscan.  scripts/package makes
+# Debian packages, one a component: liborxscan1, liborxscan-dev, orxscan and orxserve.  scripts/package makes
 # them; "cpack" in a build folder does as well.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orxscan)
@@ -15,6 +15,9 @@ set(CPACK_COMPONENTS_ALL runtime devel)
 if(TARGET orxscan_command)
   list(APPEND CPACK_COMPONENTS_ALL command)
 endif()
+if(TARGET orxserve)
+  list(APPEND CPACK_COMPONENTS_ALL server)
+endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -29,6 +32,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(runtime_package liborxscan${PROJECT_VERSION_MAJOR})
 set(devel_package liborxscan-dev)
 set(command_package orxscan)
+set(server_package orxserve)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -54,6 +58,12 @@ set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION utils)
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "media indexing for DLNA servers - command
 Scans folders and memory cards into a media database, and shows, queries and
 checks what it holds.")
+
+set(CPACK_DEBIAN_SERVER_PACKAGE_NAME ${server_package})
+set(CPACK_DEBIAN_SERVER_PACKAGE_SECTION net)
+set(CPACK_COMPONENT_SERVER_DESCRIPTION "media indexing for DLNA servers - media server
+Serves a folder of pictures, films and sounds, or a camera's card, to
+televisions and players on the network (DLNA), and to browsers.")
 
 # The dynamic linker's cache is renewed when the library comes and goes.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
@@ -81,7 +91,7 @@ if(GZIP_PROGRAM)
                     OUTPUT_FILE ${PROJECT_BINARY_DIR}/debian/${name}.gz)
   endforeach()
 endif()
-foreach(component IN ITEMS runtime devel command)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   install(FILES ${PROJECT_BINARY_DIR}/debian/copyright ${PROJECT_BINARY_DIR}/debian/changelog.gz
                 ${PROJECT_BINARY_DIR}/debian/changelog.Debian.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${${component}_package} COMPONENT ${component}

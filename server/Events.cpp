@@ -237,13 +237,14 @@ void Events::Queue(size_t service, const EventProperties& properties, double due
   for (const auto& [sid, subscription] : subscriptions_.all()) {
     if (subscription.service != service) continue;
     Waiting& waiting = waiting_[sid];
-    for (const auto& [name, value] : properties) {  // a later value stands for an earlier one
-      const auto same = std::find_if(waiting.properties.begin(), waiting.properties.end(),
-                                     [&](const auto& known) { return known.first == name; });
+    for (const auto& property : properties) {  // a later value stands for an earlier one
+      const auto same =
+          std::find_if(waiting.properties.begin(), waiting.properties.end(),
+                       [&](const auto& known) { return known.first == property.first; });
       if (same == waiting.properties.end())
-        waiting.properties.emplace_back(name, value);
+        waiting.properties.push_back(property);
       else
-        same->second = value;
+        same->second = property.second;
     }
     waiting.due = std::max(waiting.due, due);
   }
