@@ -1,12 +1,8 @@
 #include "Events.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 
-#include "Failure.h"
+#include "Clock.h"
 #include "Texts.h"
 
 namespace orxserve {
@@ -15,16 +11,8 @@ namespace {
 constexpr double kFirstDelay = 0.1;  // seconds, for the answer to be there before the first event
 constexpr double kModeration = 5;    // between two changes that are told
 constexpr double kLongestSleep = 30;
-constexpr long kConnectPatience = 3000;  // milliseconds
-constexpr long kPatience = 8000;
 constexpr size_t kMostUnderWay = 16;
 constexpr size_t kMostContainers = 200;  // in one event
-constexpr size_t kMostOfAnswer = 4096;   // bytes of a subscriber's answer that are read
-
-double Now() {
-  const auto time = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(time).count();
-}
 
 constexpr auto kDirectory = static_cast<size_t>(ServiceIndex::kDirectory);
 constexpr auto kConnections = static_cast<size_t>(ServiceIndex::kConnections);
@@ -62,101 +50,9 @@ std::string ContainerChanges::Take() {
   return list;
 }
 
-// The deliveries under way.
-class Events::Sender {
- public:
-  Sender() : multi_(curl_multi_init()) {
-    if (multi_ == nullptr) throw Failure("libcurl cannot be used");
-  }
-  ~Sender() {
-    for (auto& [easy, delivery] : deliveries_) Drop(easy);
-    curl_multi_cleanup(multi_);
-  }
-  Sender(const Sender&) = delete;
-  Sender& operator=(const Sender&) = delete;
-
-  size_t size() const { return deliveries_.size(); }
-  void Wake() { curl_multi_wakeup(multi_); }
-
-  void Start(const Subscription& to, const EventProperties& properties) {
-    CURL* easy = curl_easy_init();
-    if (easy == nullptr) return;
-    Delivery& delivery = deliveries_[easy];
-    delivery.sid = to.sid;
-    delivery.body = EventBody(properties);
-    for (const std::string& line :
-         {std::string("Content-Type: text/xml; charset=\"utf-8\""), std::string("NT: upnp:event"),
-          std::string("NTS: upnp:propchange"), "SID: " + to.sid,
-          "SEQ: " + std::to_string(to.sequence), std::string("Expect:"), std::string("Accept:")})
-      delivery.headers = curl_slist_append(delivery.headers, line.c_str());
-    SetOptions(easy, to, &delivery);
-    curl_multi_add_handle(multi_, easy);
-  }
-
-  // Goes on until something happened, at most so long; calls `done` for every delivery that ended.
-  void Work(double seconds, const std::function<void(const std::string&)>& done) {
-    const int milliseconds = static_cast<int>(std::ceil(std::max(seconds, 0.0) * 1000));
-    curl_multi_poll(multi_, nullptr, 0, milliseconds, nullptr);
-    int running = 0;
-    curl_multi_perform(multi_, &running);
-    int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-      if (message->msg != CURLMSG_DONE) continue;
-      CURL* easy = message->easy_handle;
-      const std::string sid = deliveries_[easy].sid;
-      Drop(easy);
-      deliveries_.erase(easy);
-      done(sid);
-    }
-  }
-
- private:
-  struct Delivery {
-    std::string sid;
-    std::string body;
-    curl_slist* headers = nullptr;
-    size_t answered = 0;  // bytes
-  };
-
-  static size_t TakeAnswer(char*, size_t size, size_t count, void* delivery) {
-    size_t& answered = static_cast<Delivery*>(delivery)->answered;
-    answered += size * count;
-    return answered > kMostOfAnswer ? 0 : size * count;  // 0 ends the transfer
-  }
-
-  static void SetOptions(CURL* easy, const Subscription& to, Delivery* delivery) {
-    curl_easy_setopt(easy, CURLOPT_URL, to.url.c_str());
-    curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, "NOTIFY");
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, delivery->body.c_str());
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, delivery->headers);
-    curl_easy_setopt(easy, CURLOPT_USERAGENT, ServerName().c_str());
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, TakeAnswer);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, delivery);
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http");
-    curl_easy_setopt(easy, CURLOPT_PROXY, "");
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
-    curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, kConnectPatience);
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, kPatience);
-    if (to.scope != 0) curl_easy_setopt(easy, CURLOPT_ADDRESS_SCOPE, static_cast<long>(to.scope));
-  }
-
-  void Drop(CURL* easy) {
-    curl_multi_remove_handle(multi_, easy);
-    curl_easy_cleanup(easy);
-    curl_slist_free_all(deliveries_[easy].headers);
-  }
-
-  CURLM* multi_;
-  std::map<CURL*, Delivery> deliveries_;
-};
-
 Events::Events(const CatalogueHolder& catalogues, const AccessList& access,
                std::function<std::string()> source)
     : catalogues_(catalogues), access_(access), source_(std::move(source)) {
-  curl_global_init(CURL_GLOBAL_NOTHING);  // no TLS: events go over plain HTTP
-  sender_ = std::make_unique<Sender>();
   thread_ = std::thread([this] { Run(); });
 }
 
@@ -165,10 +61,8 @@ Events::~Events() {
     const std::lock_guard<std::mutex> lock(mutex_);
     ending_ = true;
   }
-  sender_->Wake();
+  sender_.Wake();
   thread_.join();
-  sender_.reset();
-  curl_global_cleanup();
 }
 
 EventProperties Events::FirstState(size_t service) const {
@@ -204,11 +98,11 @@ HttpAnswer Events::Subscribe(const HttpRequest& request, size_t service) {
     wanted.service = service;
     wanted.peer = request.peer;
     wanted.scope = url->host.isLinkLocal() ? request.scope : 0;
-    wanted.url = url->url;
+    wanted.callback = *url;
     reply = subscriptions_.Subscribe(std::move(wanted), seconds, Now());
     if (reply.status == 200) waiting_[reply.sid] = {std::move(first), Now() + kFirstDelay, false};
   }
-  sender_->Wake();
+  sender_.Wake();
   HttpAnswer answer = HttpAnswer::Status(reply.status);
   if (reply.status != 200) return answer;
   answer.Add("SID", reply.sid);
@@ -230,7 +124,7 @@ void Events::Publish(const Catalogue& catalogue) {
     changes_.Add(catalogue);
     changed_ = true;
   }
-  sender_->Wake();
+  sender_.Wake();
 }
 
 void Events::Queue(size_t service, const EventProperties& properties, double due) {
@@ -272,8 +166,8 @@ void Events::StartDue(double now) {
       continue;
     }
     const bool ready = !waiting.underWay && !waiting.properties.empty() && waiting.due <= now;
-    if (ready && sender_->size() < kMostUnderWay) {
-      sender_->Start(*to, waiting.properties);
+    if (ready && sender_.size() < kMostUnderWay) {
+      sender_.Start(*to, EventBody(waiting.properties), now);
       to->sequence = NextSequence(to->sequence);
       waiting.properties.clear();
       waiting.underWay = true;
@@ -286,7 +180,7 @@ double Events::NextDue(double now) const {
   double due = now + kLongestSleep;
   if (changed_) due = std::min(due, nextChange_);
   for (const auto& [sid, waiting] : waiting_)
-    if (!waiting.underWay && !waiting.properties.empty() && sender_->size() < kMostUnderWay)
+    if (!waiting.underWay && !waiting.properties.empty() && sender_.size() < kMostUnderWay)
       due = std::min(due, waiting.due);
   return due - now;
 }
@@ -308,7 +202,7 @@ void Events::Run() {
       StartDue(now);
       sleep = NextDue(now);
     }
-    sender_->Work(sleep, [this](const std::string& sid) { Finished(sid); });
+    sender_.Work(sleep, [this](const std::string& sid) { Finished(sid); });
   }
 }
 

@@ -2,10 +2,8 @@
 // own.
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,6 +13,7 @@
 #include "Device.h"
 #include "Http.h"
 #include "Interfaces.h"
+#include "NotifySender.h"
 #include "Subscriptions.h"
 
 namespace orxserve {
@@ -48,7 +47,6 @@ class Events {
   void Publish(const Catalogue& catalogue);
 
  private:
-  class Sender;
   struct Waiting {  // of one subscriber
     EventProperties properties;
     double due = 0;
@@ -73,7 +71,7 @@ class Events {
   bool changed_ = false;
   double nextChange_ = 0;  // not before
   bool ending_ = false;
-  std::unique_ptr<Sender> sender_;
+  NotifySender sender_;
   std::thread thread_;
 };
 

@@ -32,8 +32,7 @@ HttpAnswer WrongMethod(const char* allowed) {
 }  // namespace
 
 Site::Site(const CatalogueHolder& catalogues, const AccessList& access, DeviceInfo device)
-    : catalogues_(catalogues),
-      device_(std::move(device)),
+    : device_(std::move(device)),
       description_(DeviceDescription(device_)),
       directory_(catalogues),
       connections_(catalogues),

@@ -24,7 +24,6 @@ class Site {
   HttpAnswer Get(const HttpRequest& request);
   HttpAnswer Control(const HttpRequest& request, size_t service);
 
-  const CatalogueHolder& catalogues_;
   DeviceInfo device_;
   std::string description_;
   ContentDirectory directory_;

@@ -10,12 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <ctime>
 #include <random>
 
+#include "Clock.h"
 #include "Failure.h"
 #include "Log.h"
 
@@ -30,11 +30,6 @@ constexpr int kFirstNotices = 3;       // sent soon after one another, for datag
 constexpr double kRefreshPeriod = 60;  // seconds, in case the kernel's word is missed
 constexpr double kRefreshDelay = 0.3;  // after it, for addresses come in groups
 constexpr int kMostAtOnce = 64;        // datagrams that are read before anything else is done
-
-double Now() {
-  const auto time = std::chrono::steady_clock::now().time_since_epoch();
-  return std::chrono::duration<double>(time).count();
-}
 
 double Random(double most) {
   static thread_local std::minstd_rand generator(std::random_device{}());
@@ -302,7 +297,7 @@ void Ssdp::Run() {
     poll(waiting.data(), waiting.size(), static_cast<int>(std::ceil(sleep * 1000)));
     if (waiting[0].revents != 0) return;
     const double now = Now();
-    for (const size_t i : {1, 2})
+    for (const size_t i : {size_t{1}, size_t{2}})
       if ((waiting[i].revents & POLLIN) != 0) Receive(waiting[i].fd, now);
     if ((waiting[3].revents & POLLIN) != 0) {
       std::array<char, 8192> notices{};

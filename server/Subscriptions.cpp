@@ -12,39 +12,44 @@ constexpr size_t kLongestUrl = 512;  // bytes
 constexpr unsigned kShortest = 60;   // seconds
 constexpr unsigned kLongest = 1800;
 
-// "host:port/path" behind "http://"; the host is a numeric address.
-std::optional<IpAddress> HostOf(std::string_view rest) {
-  const std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
-  if (authority.empty() || authority.find('@') != std::string_view::npos) return {};
+// "host:port", the host a numeric address.
+bool ParseAuthority(std::string_view authority, CallbackUrl* url) {
   std::string_view host = authority;
   std::string_view port;
-  if (authority.front() == '[') {
+  if (!authority.empty() && authority.front() == '[') {
     const size_t end = authority.find(']');
-    if (end == std::string_view::npos) return {};
+    if (end == std::string_view::npos) return false;
     host = authority.substr(1, end - 1);
     port = authority.substr(end + 1);
-    if (host.find(':') == std::string_view::npos) return {};
+    if (host.find(':') == std::string_view::npos) return false;
   } else {
     const size_t colon = authority.find(':');
     host = authority.substr(0, colon);
     if (colon != std::string_view::npos) port = authority.substr(colon);
   }
-  uint64_t number = 0;
-  const bool plain = port.empty() || (port.front() == ':' && ParseNumber(port.substr(1), &number) &&
-                                      number > 0 && number <= UINT16_MAX);
-  return plain ? IpAddress::Parse(host) : std::nullopt;
+  uint64_t number = url->port;
+  if (!port.empty() && (port.front() != ':' || !ParseNumber(port.substr(1), &number))) return false;
+  const auto address = IpAddress::Parse(host);
+  if (!address || number == 0 || number > UINT16_MAX) return false;
+  url->host = *address;
+  url->port = static_cast<uint16_t>(number);
+  return true;
 }
 
 bool IsUrlText(std::string_view url) {
   return std::all_of(url.begin(), url.end(), [](char c) { return c > ' ' && c < '\x7f'; });
 }
 
-std::optional<CallbackUrl> ParseUrl(std::string_view url) {
+std::optional<CallbackUrl> ParseUrl(std::string_view text) {
   constexpr std::string_view kScheme = "http://";
-  if (url.size() > kLongestUrl || !StartsWithNoCase(url, kScheme) || !IsUrlText(url)) return {};
-  const auto host = HostOf(url.substr(kScheme.size()));
-  if (!host) return {};
-  return CallbackUrl{std::string(url), *host};
+  if (text.size() > kLongestUrl || !StartsWithNoCase(text, kScheme) || !IsUrlText(text)) return {};
+  text.remove_prefix(kScheme.size());
+  const size_t end = std::min(text.find_first_of("/?#"), text.size());
+  CallbackUrl url;
+  if (!ParseAuthority(text.substr(0, end), &url)) return {};
+  const std::string_view path = text.substr(end, text.find('#') - end);
+  if (!path.empty()) url.path = (path.front() == '/' ? "" : "/") + std::string(path);
+  return url;
 }
 
 }  // namespace

@@ -15,8 +15,9 @@ namespace orxserve {
 
 // An address that events may be sent to.
 struct CallbackUrl {
-  std::string url;
   IpAddress host;
+  uint16_t port = 80;
+  std::string path = "/";  // with the query
 };
 
 // The first address of a CALLBACK header ("<http://192.168.1.7:49152/a><…>").  Nothing unless all
@@ -31,7 +32,7 @@ struct Subscription {
   size_t service = 0;
   IpAddress peer;
   uint32_t scope = 0;  // of an address of the link
-  std::string url;
+  CallbackUrl callback;
   double expires = 0;
   uint32_t sequence = 0;
 };

@@ -1,5 +1,6 @@
 // orxserve: serves a folder, or a camera's card, to DLNA clients and browsers.
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -120,6 +121,7 @@ int Fail(const std::string& message) {
 
 int main(int argc, char** argv) {
   try {
+    mallopt(M_ARENA_MAX, 2);  // memory before speed that nobody needs
     Options options;
     return ParseOptions(argc, argv, &options) ? Serve(std::move(options)) : 0;
   } catch (const std::exception& failure) {

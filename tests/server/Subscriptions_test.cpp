@@ -12,15 +12,18 @@ Subscription From(const std::string& address, size_t service = 0) {
   Subscription subscription;
   subscription.service = service;
   subscription.peer = *IpAddress::Parse(address);
-  subscription.url = "http://" + address + ":1/";
   return subscription;
 }
 
 TEST(ParseCallback, TakesTheFirstOfSeveralAddresses) {
   const auto url = ParseCallback(" <http://10.0.0.2:49152/a?b> <http://10.0.0.2/c>");
   ASSERT_TRUE(url);
-  EXPECT_EQ(url->url, "http://10.0.0.2:49152/a?b");
   EXPECT_EQ(url->host.Text(), "10.0.0.2");
+  EXPECT_EQ(url->port, 49152);
+  EXPECT_EQ(url->path, "/a?b");
+  EXPECT_EQ(ParseCallback("<http://10.0.0.2>")->path, "/");
+  EXPECT_EQ(ParseCallback("<http://10.0.0.2?a#b>")->path, "/?a");
+  EXPECT_EQ(ParseCallback("<http://10.0.0.2>")->port, 80);
   EXPECT_EQ(ParseCallback("<http://[fe80::2]:80/>")->host.Text(), "fe80::2");
 }
 TEST(ParseCallback, RefusesEverythingButPlainNumericAddresses) {
@@ -80,6 +83,17 @@ TEST(Subscriptions, BelongsToItsServiceAndPeer) {
 TEST(NextSequence, PassesOverZeroWhenItWraps) {
   EXPECT_EQ(NextSequence(0), 1U);
   EXPECT_EQ(NextSequence(UINT32_MAX), 1U);
+}
+TEST(NotifyRequest, CarriesTheNumberOfTheEvent) {
+  Subscription to = From("10.0.0.2");
+  to.sid = "uuid:1";
+  to.sequence = 7;
+  to.callback = *ParseCallback("<http://10.0.0.2:5/a>");
+  const std::string request = NotifyRequest(to, "body");
+  EXPECT_THAT(request, testing::StartsWith("NOTIFY /a HTTP/1.1\r\nHOST: 10.0.0.2:5\r\n"));
+  EXPECT_THAT(request, testing::HasSubstr("SID: uuid:1\r\nSEQ: 7\r\n"));
+  EXPECT_THAT(request, testing::HasSubstr("CONTENT-LENGTH: 4\r\n"));
+  EXPECT_THAT(request, testing::EndsWith("\r\n\r\nbody"));
 }
 TEST(EventBody, EscapesItsValues) {
   EXPECT_THAT(EventBody({{"A", "1<2"}}),
