@@ -100,7 +100,13 @@ void Librarian::ScanOnce() {
 }
 
 void Librarian::Run() {
-  if (settings_.watch) watch_ = std::make_unique<Watch>(settings_.index.folder);
+  const auto nameOf = [](const std::string& path) {
+    return std::filesystem::path(path).filename().string();
+  };
+  if (settings_.watch)
+    watch_ = std::make_unique<Watch>(
+        settings_.index.folder,
+        std::vector<std::string>{nameOf(settings_.index.database), "state.db"});
   if (watch_ != nullptr && !watch_->complete())
     log_->Error("not every folder can be watched; changes there are found by --rescan alone");
   ReadCatalogue();

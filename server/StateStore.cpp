@@ -106,11 +106,15 @@ void StateStore::Begin() {
   transaction_.reset();
   ReadMeta();  // as it was committed last
   transaction_ = std::make_unique<Transaction>(database_.get());
+  changed_ = false;
 }
 
+// Where nothing changed, nothing is written: cards wear out.
 void StateStore::Commit() {
-  SetMeta("nextId", nextId_);
-  SetMeta("updateId", updateId_);
+  if (changed_) {
+    SetMeta("nextId", nextId_);
+    SetMeta("updateId", updateId_);
+  }
   transaction_->Commit();
   transaction_.reset();
 }
@@ -132,6 +136,7 @@ KnownObject StateStore::Find(const ObjectKey& key) {
 uint32_t StateStore::Add(const ObjectKey& key, const PieceFacts& pieces) {
   if (nextId_ == UINT32_MAX) throw Failure("state folder {}: every id was given", folder_);
   const uint32_t id = nextId_++;
+  changed_ = true;
   statements_->add.Bind(1, Bytes(key))
       .Bind(2, int64_t{id})
       .Bind(3, int64_t{pieces.sound})
@@ -152,6 +157,7 @@ ContainerStates StateStore::Containers() {
 
 void StateStore::SetContainers(const ContainerStates& containers, uint32_t updateId) {
   updateId_ = updateId;
+  changed_ = true;
   database_->Execute("DELETE FROM containers");
   Statement insert = database_->Prepare("INSERT INTO containers VALUES (?, ?, ?)");
   for (const auto& [id, state] : containers)

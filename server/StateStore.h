@@ -78,6 +78,7 @@ class StateStore {
   std::string uuid_;
   uint32_t updateId_ = 0;
   uint32_t nextId_ = 0;
+  bool changed_ = false;  // since Begin
 };
 
 std::string RandomUuid();

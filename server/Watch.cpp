@@ -4,6 +4,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -22,7 +23,8 @@ struct CloseFolder {
 
 }  // namespace
 
-Watch::Watch(const std::string& folder) : notices_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+Watch::Watch(const std::string& folder, std::vector<std::string> own)
+    : notices_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)), own_(std::move(own)) {
   complete_ = static_cast<bool>(notices_);
   if (notices_) Add(folder, 0);
 }
@@ -49,6 +51,12 @@ void Watch::Add(const std::string& folder, unsigned depth) {
   }
 }
 
+bool Watch::IsPassedOver(std::string_view name) const {
+  return name.substr(0, 1) == "." ||
+         std::any_of(own_.begin(), own_.end(),
+                     [&](const std::string& own) { return name.substr(0, own.size()) == own; });
+}
+
 bool Watch::Take() {
   alignas(inotify_event) std::array<char, 16384> buffer{};
   bool changed = false;
@@ -67,7 +75,7 @@ bool Watch::Take() {
       }
       const bool isFolder = (event.mask & IN_ISDIR) != 0;
       const bool begun = (event.mask & IN_CREATE) != 0 && !isFolder;  // its end is told later
-      if (event.len != 0 && name[0] == '.') continue;
+      if (event.len != 0 && IsPassedOver(name)) continue;
       changed = changed || !begun;
       if (isFolder && (event.mask & (IN_CREATE | IN_MOVED_TO)) != 0 && folder != folders_.end())
         Add(std::string(folder->second) + "/" + name, 0);

@@ -1,5 +1,8 @@
 #include "Catalogue.h"
 
+#include <fstream>
+#include <iterator>
+
 #include "server/ServerTest.h"
 
 namespace orx_test {
@@ -156,6 +159,16 @@ TEST_F(CatalogueTest, TakesLittleMemory) {
   }
   Make(rows);
   EXPECT_LT(catalogue_->MemoryBytes(), 1200000U);
+}
+TEST_F(CatalogueTest, WritesNoStateWhereNothingChanged) {
+  Make({Picture("/card/A.JPG")});
+  const auto content = [&] {
+    std::ifstream file(dir_.Path("state/state.db"), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
+  const std::string before = content();
+  Make({Picture("/card/A.JPG")});
+  EXPECT_EQ(content(), before);
 }
 TEST(StateStore, IsUsedByOneServerAlone) {
   const TempDir dir;

@@ -33,6 +33,13 @@ TEST(Watch, PassesOverHiddenNames) {
   dir.Write(".part", "x");
   EXPECT_FALSE(watch.Take());
 }
+TEST(Watch, PassesOverWhatTheServerWrites) {
+  const TempDir dir;
+  Watch watch(dir.path(), {"media.db"});
+  dir.Write("media.db", "x");
+  dir.Write("media.db-wal", "x");
+  EXPECT_FALSE(watch.Take());
+}
 TEST(FileLook, FindsSubtitlesBesideAFilm) {
   const TempDir dir;
   const std::string film = dir.Write("a.b.mp4", "x");
