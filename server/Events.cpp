@@ -191,18 +191,28 @@ void Events::Finished(const std::string& sid) {
   if (waiting != waiting_.end()) waiting->second.underWay = false;
 }
 
+// One round; false at the end.
+bool Events::Step() {
+  double sleep = 0;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (ending_) return false;
+    const double now = Now();
+    TakeChanges(now);
+    StartDue(now);
+    sleep = NextDue(now);
+  }
+  sender_.Work(sleep, [this](const std::string& sid) { Finished(sid); });
+  return true;
+}
+
 void Events::Run() {
-  for (;;) {
-    double sleep = 0;
-    {
-      const std::lock_guard<std::mutex> lock(mutex_);
-      if (ending_) return;
-      const double now = Now();
-      TakeChanges(now);
-      StartDue(now);
-      sleep = NextDue(now);
+  for (bool goesOn = true; goesOn;) {
+    try {
+      goesOn = Step();
+    } catch (const std::exception&) {
+      // Memory is missing: what could not be told is told with the next change.
     }
-    sender_.Work(sleep, [this](const std::string& sid) { Finished(sid); });
   }
 }
 

@@ -56,6 +56,7 @@ class Events {
   EventProperties FirstState(size_t service) const;
   void Queue(size_t service, const EventProperties& properties, double due);
   void Run();
+  bool Step();
   void TakeChanges(double now);
   void StartDue(double now);
   double NextDue(double now) const;  // seconds to sleep

@@ -51,6 +51,7 @@ struct Exchange {
 // Exchanges and their buffers are used again: making large ones anew costs a fifth of the time.
 class Exchanges {
  public:
+  Exchanges() { kept_.reserve(kMostKept); }
   std::unique_ptr<Exchange> Take() {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (kept_.empty()) return std::make_unique<Exchange>();
@@ -66,7 +67,7 @@ class Exchanges {
     exchange->tooLarge = exchange->answered = exchange->more = false;
     exchange->sent = 0;
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (kept_.size() < kMostKept) kept_.push_back(std::move(exchange));
+    if (kept_.size() < kMostKept) kept_.push_back(std::move(exchange));  // within what is reserved
   }
 
  private:
@@ -149,7 +150,11 @@ class HttpServer::Handler {
       return;
     }
     const auto* info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-    *context = new (std::nothrow) Connection(Describe(info->connect_fd));
+    try {
+      *context = new Connection(Describe(info->connect_fd));
+    } catch (const std::exception&) {
+      *context = nullptr;  // its requests are refused
+    }
   }
 
   static MHD_Result Access(void* self, MHD_Connection* connection, const char* path,
@@ -297,11 +302,15 @@ class HttpServer::Handler {
 
   static ssize_t ReadEvents(void* self, uint64_t, char* out, size_t most) {
     auto* open = static_cast<OpenStream*>(self);
-    std::string text;
-    bool ended = false;
-    open->streams->Take(open->stream.get(), most, &text, &ended);
-    if (ended) return MHD_CONTENT_READER_END_OF_STREAM;
-    return static_cast<ssize_t>(text.copy(out, most));
+    try {
+      std::string text;
+      bool ended = false;
+      open->streams->Take(open->stream.get(), most, &text, &ended);
+      if (ended) return MHD_CONTENT_READER_END_OF_STREAM;
+      return static_cast<ssize_t>(text.copy(out, most));
+    } catch (const std::exception&) {
+      return MHD_CONTENT_READER_END_WITH_ERROR;
+    }
   }
 
   static void EndEvents(void* self) {

@@ -92,9 +92,14 @@ void Librarian::ReadCatalogue() {
 
 void Librarian::ScanOnce() {
   const auto start = Clock::now();
-  AllowReadersDuringScans(settings_.index.database);
-  if (!indexer_.Scan()) log_->Error("the database could not be written; the next scan tries again");
-  AllowReadersDuringScans(settings_.index.database);
+  try {
+    AllowReadersDuringScans(settings_.index.database);
+    if (!indexer_.Scan())
+      log_->Error("the database could not be written; the next scan tries again");
+    AllowReadersDuringScans(settings_.index.database);
+  } catch (const std::exception& failure) {
+    log_->Error("{}", failure.what());
+  }
   const std::chrono::duration<double> seconds = Clock::now() - start;
   log_->Detail("scanned in {:.3f} s", seconds.count());
 }

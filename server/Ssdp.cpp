@@ -287,27 +287,37 @@ double Ssdp::NextDue() const {
   return due;
 }
 
-void Ssdp::Run() {
+// Waits for something to do and does it; false at the end.
+bool Ssdp::Step() {
   std::array<pollfd, 4> waiting = {{{stop_.get(), POLLIN, 0},
                                     {receive4_.get(), POLLIN, 0},
                                     {receive6_.get(), POLLIN, 0},
                                     {changes_.get(), POLLIN, 0}}};
-  for (;;) {
-    const double sleep = std::clamp(NextDue() - Now(), 0.0, kRefreshPeriod);
-    poll(waiting.data(), waiting.size(), static_cast<int>(std::ceil(sleep * 1000)));
-    if (waiting[0].revents != 0) return;
-    const double now = Now();
-    for (const size_t i : {size_t{1}, size_t{2}})
-      if ((waiting[i].revents & POLLIN) != 0) Receive(waiting[i].fd, now);
-    if ((waiting[3].revents & POLLIN) != 0) {
-      std::array<char, 8192> notices{};
-      while (recv(changes_.get(), notices.data(), notices.size(), 0) > 0) {
-      }
-      refresh_ = std::min(refresh_, now + kRefreshDelay);
+  const double sleep = std::clamp(NextDue() - Now(), 0.0, kRefreshPeriod);
+  poll(waiting.data(), waiting.size(), static_cast<int>(std::ceil(sleep * 1000)));
+  if (waiting[0].revents != 0) return false;
+  const double now = Now();
+  for (const size_t i : {size_t{1}, size_t{2}})
+    if ((waiting[i].revents & POLLIN) != 0) Receive(waiting[i].fd, now);
+  if ((waiting[3].revents & POLLIN) != 0) {
+    std::array<char, 8192> notices{};
+    while (recv(changes_.get(), notices.data(), notices.size(), 0) > 0) {
     }
-    if (refresh_ <= now) Refresh();
-    Announce();
-    SendAnswers(now);
+    refresh_ = std::min(refresh_, now + kRefreshDelay);
+  }
+  if (refresh_ <= now) Refresh();
+  Announce();
+  SendAnswers(now);
+  return true;
+}
+
+void Ssdp::Run() {
+  for (bool goesOn = true; goesOn;) {
+    try {
+      goesOn = Step();
+    } catch (const std::exception& failure) {
+      log_->Error("discovery: {}", failure.what());
+    }
   }
 }
 

@@ -39,6 +39,7 @@ class Ssdp {
   };
 
   void Run();
+  bool Step();
   void Refresh();
   void Join(const Place& place) const;
   void AddPlace(unsigned interface, const Subnet& subnet);

@@ -305,6 +305,15 @@ class Strangers(ServerTest):
         for title in ("Folders", "DCIM", "100ORXSC", "ORXA0003", "TRACK01"):
             self.assertIn(title, titles)
 
+    def test_vlc_walks_it_and_plays(self):
+        said = self.script(sys.executable, str(HERE / "vlc_walk.py"), "client0")
+        if said.returncode == 77:
+            self.skipTest("no libvlc")
+        lines = set(said.stdout.split("\n"))
+        for line in ("title DCIM", "title 100ORXSC", "title ORXA0003", "title TRACK01", "played"):
+            self.assertIn(line, lines, said.stderr)
+        self.assertIn("art http://10.77.0.1:", said.stdout)
+
     def test_gupnp_walks_it_and_hears_its_events(self):
         self.need(("/usr/bin/python3", "-c", "import gi; gi.require_version('GUPnPAV', '1.0'); "
                    "from gi.repository import GUPnPAV"), "GUPnP-AV")
