@@ -294,7 +294,7 @@ class HttpServer::Handler {
     MhdResponse response(MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, 1024, ReadEvents,
                                                            open.get(), EndEvents));
     if (response != nullptr)
-      open.release();  // EndEvents has it
+      static_cast<void>(open.release());  // EndEvents has it
     else
       streams_->Close(stream);
     return response;

@@ -87,7 +87,7 @@ ObjectList ObjectListCache::Keep(const std::shared_ptr<const Catalogue>& catalog
 ObjectList ObjectListCache::Children(const std::shared_ptr<const Catalogue>& catalogue,
                                      const Container& container, const std::string& sort,
                                      const SortCriteria& criteria) {
-  const ObjectList children(*catalogue, container);
+  ObjectList children(*catalogue, container);
   if (criteria.empty()) return children;
   std::string key = std::to_string(container.id) + '\n' + sort;
   if (auto known = Find(catalogue, key)) return ObjectList(std::move(known));

@@ -59,7 +59,7 @@ std::string ReadProfiles(const std::string& path) {
   std::stringstream text;
   text << file.rdbuf();
   if (!file) throw Failure("file {} cannot be read", path);
-  const std::string list = text.str();
+  std::string list = text.str();
   if (list.size() > kLargestProfileList)
     throw Failure("{} is too large for a list of profiles", path);
   if (Trim(list).empty()) throw Failure("{} holds no profiles", path);

@@ -42,8 +42,8 @@ std::string FolderTitle(const Catalogue& catalogue, const Item& item) {
   std::string title;
   for (uint32_t at = catalogue.HomeOf(item); containers[at].id != kFoldersId;
        at = containers[at].parent) {
-    const std::string name(catalogue.Text(containers[at].title));
-    title = title.empty() ? name : name + "/" + title;
+    if (!title.empty()) title.insert(0, "/");
+    title.insert(0, catalogue.Text(containers[at].title));
   }
   return title.empty() ? "Top" : title;
 }
