@@ -186,6 +186,16 @@ class Walk(ServerTest):
             self.assertEqual(probe.returncode, 0, probe.stderr)
             self.assertIn("aac", probe.stdout)
 
+    def test_keeps_a_folder_whole_whatever_a_name_holds(self):
+        for name in (b"bad\xff\x01.JPG", b"<&>'.JPG", "höhe 한.JPG".encode()):
+            with open(os.path.join(os.fsencode(self.card), name), "wb") as file:
+                file.write(jpeg())
+        self.server.rescan()
+        items = self.items()
+        for title in ("bad\ufffd\ufffd", "<&>'", "höhe 한"):
+            url = urllib.parse.urlsplit(items[title].findtext(DIDL + "res")).path
+            self.assertEqual(self.device.get(url)[2], jpeg())
+
     def test_searches_for_films(self):
         found = self.device.search('upnp:class derivedfrom "object.item.videoItem"')
         self.assertEqual(len(found), 3)
@@ -334,6 +344,31 @@ class Strangers(ServerTest):
         titles = [line[7:] for line in said if line.startswith("object ")]
         self.assertIn("ORXA0004", titles)
         self.assertIn("changed 2", said)
+
+
+class Options(unittest.TestCase):
+    def refuse(self, *options):
+        said = subprocess.run([PROGRAM, *options], capture_output=True, text=True)
+        self.assertEqual((said.returncode, said.stdout), (1, ""))
+        return said.stderr
+
+    def test_refuses_what_cannot_be_served(self):
+        state = ("--state", tempfile.mkdtemp(prefix="orxserve-"))
+        self.assertIn("DIR is required", self.refuse())
+        self.assertIn("No such file or directory", self.refuse("/nowhere", *state))
+        self.assertIn("is not a folder", self.refuse("/etc/passwd", *state))
+        self.assertIn("no network interface", self.refuse(CARD, "--interface", "none9", *state))
+        self.assertIn("no network such as", self.refuse(CARD, "--allow", "10.0.0.0/64", *state))
+        self.assertIn("is no card", self.refuse("/etc", "--card", "2", *state))
+        shutil.rmtree(state[1])
+
+    def test_uses_a_state_alone(self):
+        with tempfile.TemporaryDirectory() as folder:
+            state = os.path.join(folder, "state")
+            server = network.Server(net, PROGRAM, CARD, state)
+            server.wait_for("serving ")
+            self.assertIn("in use by another server", self.refuse(CARD, "--state", state))
+            server.stop()
 
 
 class Hostile(ServerTest):
