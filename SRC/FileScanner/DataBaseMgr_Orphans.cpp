@@ -40,7 +40,7 @@ SqlStatement BelowDirectory(const char* pattern, std::string directory) {
   return SqlStatement(pattern).Text(directory).Text(behind);
 }
 
-bool HasTable(int mediaClass) {
+bool IsInATable(int mediaClass) {
   return mediaClass >= orx::kContainerClass && mediaClass <= orx::kVideoClass;
 }
 
@@ -71,7 +71,7 @@ bool DataBaseMgr::RemoveOrphans(const ResultRows& orphans, bool hasMediaTables,
     if (!seen->insert(id).second) continue;
     found = true;
     const int mediaClass = orphans.Integer(row, 1);
-    if (hasMediaTables && HasTable(mediaClass)) {
+    if (hasMediaTables && IsInATable(mediaClass)) {
       RemoveIdFromTables(id, mediaClass);
     } else {
       RemoveIdFromObjectTable(id);
