@@ -6,8 +6,8 @@
 
 namespace orx {
 
-// Keeps one broken-down date and adds the seconds since then, until the day is over.  A clock that is
-// put back keeps the date too, and its times count below zero.
+// Keeps one broken-down date and adds the seconds since then, until the day is over.  A clock that
+// is put back keeps the date too, and its times count below zero.
 class GmtNameClock {
  public:
   // Writes `now` as "20261121093426123" (to milliseconds), at most `size` bytes.  False, with

@@ -50,7 +50,9 @@ char* PutTwoBytes(char* out, unsigned value) {
 }
 
 // A new zeroed buffer for `size` bytes and a terminator.
-char* NewText(size_t size) { return static_cast<char*>(orx::Counted(calloc(size + 1, 1), __func__)); }
+char* NewText(size_t size) {
+  return static_cast<char*>(orx::Counted(calloc(size + 1, 1), __func__));
+}
 
 const Byte* Bytes(const char* text) { return reinterpret_cast<const Byte*>(text); }
 

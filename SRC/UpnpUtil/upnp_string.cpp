@@ -17,7 +17,8 @@ constexpr int kFirstCapacity = 256;  // bytes
 // cannot be had.
 bool Grow(st_upnp_string* s, long long capacity) {
   if (capacity > std::numeric_limits<int>::max()) return false;
-  char* buffer = static_cast<char*>(orx::Counted(calloc(static_cast<size_t>(capacity), 1), __func__));
+  char* buffer =
+      static_cast<char*>(orx::Counted(calloc(static_cast<size_t>(capacity), 1), __func__));
   if (buffer == nullptr) return false;
   memcpy(buffer, s->buffer, static_cast<size_t>(s->length));
   free(s->buffer);

@@ -28,8 +28,8 @@ bool StartsWith(const char* text, size_t length, const char* start, size_t start
 char* string_to_base64(const char* text) {
   if (text == nullptr) return nullptr;
   const size_t length = strlen(text);
-  auto* result =
-      static_cast<char*>(orx::Counted(calloc(length / 3 * 4 + length % 3 * 4 / 3 + 4, 1), __func__));
+  auto* result = static_cast<char*>(
+      orx::Counted(calloc(length / 3 * 4 + length % 3 * 4 / 3 + 4, 1), __func__));
   if (result == nullptr) return nullptr;
   char* out = result;
   for (size_t done = 0; done < length; done += 3) {

@@ -29,8 +29,8 @@ bool HasLostItsParent(const std::string& row) {
   return parent != std::string::npos && isdigit(row[parent + 8]) != 0;
 }
 
-// Whether the row is among the others, which are sorted; one that has lost its container, apart from
-// that.
+// Whether the row is among the others, which are sorted; one that has lost its container, apart
+// from that.
 bool IsAmong(const std::vector<std::string>& rows, const std::string& row) {
   if (!HasLostItsParent(row)) return std::binary_search(rows.begin(), rows.end(), row);
   return std::any_of(rows.begin(), rows.end(), [&row](const std::string& other) {

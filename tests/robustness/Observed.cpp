@@ -43,7 +43,8 @@ void ObservedLog::Add(const char* line) {
 std::vector<std::string> ObservedLog::Errors() const {
   std::vector<std::string> errors;
   for (const std::string& line : lines_)
-    if (Contains(line, "\x1b[31m") && !Contains(line, "insert into ContainerTable")) errors.push_back(line);
+    if (Contains(line, "\x1b[31m") && !Contains(line, "insert into ContainerTable"))
+      errors.push_back(line);
   return errors;
 }
 

@@ -132,7 +132,8 @@ class OwnDatabaseTest : public CardTest {
   // stand before the links in the folder's order, some behind.
   void WritePictures(int round) const {
     for (int i = 0; i < (round == 0 ? kPictures : 2 * kPictures); ++i)
-      Write("IMGA" + std::to_string(1000 + i) + ".JPG", JpegBuilder().Padding(10u + static_cast<unsigned>(round)).Build());
+      Write("IMGA" + std::to_string(1000 + i) + ".JPG",
+            JpegBuilder().Padding(10u + static_cast<unsigned>(round)).Build());
   }
   void LinkDatabase() const {
     for (const char* name : {"OWN1.JPG", "IMGA1020OWN.MP4", "ZOWN.m4a"})
