@@ -270,6 +270,7 @@ class ORX_API DataBaseMgr {
 
   std::unique_ptr<orx::StatementCache> statements_;  // of the scan that is running
   std::unique_ptr<orx::Writing> writing_;
+  bool isNew_ = false;  // the database was made by this connection's opening
 
   // The shared files of the DCF scans, one element a file, except the folder names (one a run).
   std::vector<int> vDirNum;

@@ -145,6 +145,7 @@ void DataBaseMgr::CloseDatabase() {
   statements_->Clear();
   sqlite3_close_v2(ppDataBase);
   ppDataBase = nullptr;
+  isNew_ = false;
   guarded.Release();
 }
 
@@ -190,7 +191,9 @@ int DataBaseMgr::MakeDatabase(const char* fileName) {
     CloseDatabase();
     if (!complete || !unfinished.Finish()) return 0;
   }
-  return OpenLogged(fileName, kExisting);
+  const int opened = OpenLogged(fileName, kExisting);
+  isNew_ = start == Start::kBegun;
+  return opened;
 }
 
 int DataBaseMgr::CreateDB(const char* fileName) {

@@ -50,6 +50,7 @@ bool IsInATable(int mediaClass) {
 // walk of the scan registers anew what is there.
 void DataBaseMgr::MendOrphans(const char* directoryPath, bool hasMediaTables) {
   if (directoryPath == nullptr || *directoryPath == '\0') return;
+  if (isNew_ && sqlite3_total_changes(ppDataBase) == 0) return;  // it has no rows yet
   orx::Guarded(__func__, [&] {
     const ResultRows count = Fetch(BelowDirectory(kCountOrphans, directoryPath));
     if (count.rows == 0 || count.Integer(0, 0) == 0) return;

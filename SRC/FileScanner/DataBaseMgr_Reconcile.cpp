@@ -186,10 +186,14 @@ class DataBaseMgr::PurgeWalk {
     way_.Enter(path, std::move(children), std::move(sizes), removed_);
   }
 
+  // Whether the purge knows a size for items of the class.
+  static bool HasSize(int mediaClass) {
+    return mediaClass == orx::kImageClass || mediaClass == orx::kVideoClass;
+  }
+
   static bool HasSizes(const ResultRows& children) {
     for (int row = 0; row < children.rows; ++row) {
-      const int mediaClass = children.Integer(row, kClass);
-      if (mediaClass == orx::kImageClass || mediaClass == orx::kVideoClass) return true;
+      if (HasSize(children.Integer(row, kClass))) return true;
     }
     return false;
   }
@@ -212,13 +216,13 @@ class DataBaseMgr::PurgeWalk {
                        DirectoryPart(path) == here.path;
     if (valid || watch.Seen()) return;
     database_.RemoveIdFromTables(here.children.Text(row, kId), mediaClass);
-    ++removed_;
+    if (HasSize(mediaClass)) ++removed_;
   }
 
   // The size in bytes from the media row, 0 when there is none.  False when it cannot be asked for.
   bool RecordedSize(int row, const std::string& path, int mediaClass, uint32_t* size) {
     const ResultRows& sizes = way_.back().sizes;
-    if (mediaClass != orx::kImageClass && mediaClass != orx::kVideoClass) return true;
+    if (!HasSize(mediaClass)) return true;
     const bool stale =
         way_.back().removedBefore != removed_;  // a media row that counted may be gone
     if (row >= sizes.rows || stale || path.find('"') != std::string::npos)
@@ -242,7 +246,7 @@ class DataBaseMgr::PurgeWalk {
   DataBaseMgr& database_;
   ORXFSHandler files_;
   WayDown way_;
-  size_t removed_ = 0;  // items so far
+  size_t removed_ = 0;  // items with a size, so far
 };
 
 void DataBaseMgr::DeleteInvalidItemsInDB(const char* directoryPath) {
