@@ -65,7 +65,7 @@ class LiteralPurge {
   // 32 bits; what is larger is the largest of them.
   static unsigned long SizeOf(const char* text, int mediaClass) {
     if (mediaClass == 3) return std::min<unsigned long>(ORXAString::Ulong(text), UINT32_MAX);
-    return static_cast<uint32_t>(std::min<long long>(strtoll(text, nullptr, 10), UINT32_MAX));
+    return static_cast<uint32_t>(std::min<long long>(strtol(text, nullptr, 10), UINT32_MAX));
   }
 
   std::set<std::string> visited_;
