@@ -77,9 +77,11 @@ ScanTransaction::Outcome ScanTransaction::End(DataBaseMgr* database) {
   writing.kind = Writing::Kind::kNothing;
   database->statements_->Clear();
   int failure = writing.failure;
-  if (failure == SQLITE_OK && writing.again != SQLITE_OK) {
+  const int again = writing.again;
+  writing.failure = writing.again = SQLITE_OK;  // what the host does next is not given up
+  if (failure == SQLITE_OK && again != SQLITE_OK) {
     ORX_LOG_ERROR("Error : [%s] in the database, the scan is run once more without what met it",
-                  sqlite3_errstr(writing.again));
+                  sqlite3_errstr(again));
     if (InTransaction()) database->Exec(kRollback);
     return Outcome::kAgain;
   }
